@@ -1,0 +1,100 @@
+#include "app/driver.h"
+
+#include <cstdint>
+#include <cstring>
+
+#include "app/input.h"
+#include "app/options.h"
+#include "app/signal.h"
+#include "runtime/context.h"
+#include "runtime/output.h"
+#include "runtime/services.h"
+#include "tlv/hex_layout.h"
+
+namespace {
+
+// Opens and loads the input; returns the load's result code.
+int openAndLoad(RunContext* context, DriverState& state)
+{
+    state.inputFile = std::fopen(state.inputName, state.binaryInput ? "rb" : "rt");
+    if (state.inputFile == nullptr) return 45;
+    state.buffer.length = 0;  // no spare octets
+    return loadInput(context, state.inputFile, state.offset, state.count, state.buffer);
+}
+
+// Reports a failed load; 45 to 48 end the run, 49 comes back.
+void reportLoadFailure(RunContext* context, const DriverState& state)
+{
+    int result = state.result;
+    if (result == 49 && state.buffer.length >= 1) {
+        // the octets read so far are printed into the output file too
+    } else if (state.outputOpened) {
+        closeOutputFile(context);  // the message belongs on the console
+    }
+    if (result == 1) exitWithMessage(context, 1, nullptr);
+    intptr_t text = 0;
+    long number = 0;
+    if (result == 45 || result == 46 || result == 49) text = reinterpret_cast<intptr_t>(state.inputName);
+    if (result == 47) number = static_cast<long>(state.offset);
+    if (result == 48) number = static_cast<long>(state.count);
+    signalError(context, result, text, number);
+}
+
+void loadAndPrint(RunContext* context, DriverState& state)
+{
+    state.result = openAndLoad(context, state);
+    if (state.result != 0) reportLoadFailure(context, state);
+    LayoutPrinter printer = state.printer != nullptr ? state.printer : printHexLayout;
+    printer(context, state.buffer);
+}
+
+// What every end of a run releases.
+void releaseRun(RunContext* context, DriverState& state)
+{
+    qorFree(context, state.buffer.data);
+    state.buffer = {0, nullptr};
+    if (state.outputName != nullptr && state.outputOpened) closeOutputFile(context);
+    if (state.inputFile != nullptr) {
+        std::fclose(state.inputFile);
+        state.inputFile = nullptr;
+    }
+}
+
+}  // namespace
+
+int runDriver(RunContext* context, int argc, char** argv)
+{
+    const uint32_t savedFlags = context->toolFlags;
+    DriverState state{};
+    state.binaryInput = true;
+    context->jumpTarget = true;
+    try {
+        context->toolFlags |= TLV_TRACE_FIXUPS;
+        context->padByteSpec = 0;
+        if (parseArguments(context, state, argc, argv) == OptionsOutcome::Run) {
+            if (state.inputName == nullptr) exitWithMessage(context, 4, nullptr);
+            if (state.outputName != nullptr) {
+                if (openOutputFile(context, state.outputName) != 0) {
+                    exitWithMessage(context, 11, state.outputName);
+                }
+                state.outputOpened = true;
+            }
+            loadAndPrint(context, state);
+        }
+        qorPrint(context, "\n\n");
+        releaseRun(context, state);
+    } catch (const ToolJump& jump) {
+        // A later jump goes straight to the return: nothing catches it here.
+        context->jumpTarget = false;
+        releaseRun(context, state);
+        if (jump.value >= 1 && jump.value <= 3) qorPrint(context, "\n%s", driverMessage(jump.value));
+        qorPrint(context, "\n\n");
+        context->toolFlags = savedFlags;
+        qorFlush(context);
+        return jump.value;
+    }
+    context->toolFlags = savedFlags;
+    context->jumpTarget = false;
+    qorFlush(context);
+    return state.result;
+}

@@ -1,0 +1,29 @@
+// The run: from the command line to the exit status.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "runtime/buffers.h"
+
+struct RunContext;
+
+using LayoutPrinter = void (*)(RunContext* context, InputBuffer& buffer);
+
+// What runDriver holds for one run.
+struct DriverState {
+    const char* inputName;
+    const char* outputName;
+    const char* repairName;
+    uint32_t offset;
+    uint32_t count;
+    bool binaryInput;
+    LayoutPrinter printer;
+    bool outputOpened;
+    std::FILE* inputFile;
+    int32_t result;
+    InputBuffer buffer;
+    char nameFromStdin[256];  // the input name read by the "-" option
+};
+
+int runDriver(RunContext* context, int argc, char** argv);

@@ -1,0 +1,23 @@
+// The command line: options, abbreviations, usage and driver messages.
+#pragma once
+
+#include <cstdint>
+
+struct RunContext;
+struct DriverState;
+
+// Outcome of the option loop.
+enum class OptionsOutcome { Run, Finished };
+
+// Goes through the arguments from the second on; fills `state` and the
+// option bits of toolFlags. Finished: usage or help was printed.
+OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc, char** argv);
+
+// Prints the driver message of `index` (with `text` for its %s), the usage
+// text behind indexes 4 to 8, and ends the run with `index` as its value.
+[[noreturn]] void exitWithMessage(RunContext* context, int index, const char* text);
+
+void printUsage(RunContext* context);
+
+// The driver message of an index from 1 to 15.
+const char* driverMessage(int index);

@@ -1,0 +1,233 @@
+#include "app/signal.h"
+
+#include <cstring>
+
+#include "runtime/catalog.h"
+#include "runtime/context.h"
+#include "runtime/output.h"
+#include "tlv/record_span.h"
+
+namespace {
+
+enum class ErrorClass { Silent, PrematureEnd, FatalInput, Quietable, Always };
+
+ErrorClass classOf(int code)
+{
+    switch (code) {
+        case 1: case 2: case 3: case 95:
+            return ErrorClass::Silent;
+        case 17:
+            return ErrorClass::PrematureEnd;
+        case 45: case 46: case 47: case 48:
+            return ErrorClass::FatalInput;
+        case 18: case 19: case 21: case 35: case 36: case 37: case 38: case 73: case 74:
+            return ErrorClass::Quietable;
+        default:
+            return ErrorClass::Always;
+    }
+}
+
+bool isFatal(const RunContext* context, ErrorClass errorClass)
+{
+    switch (errorClass) {
+        case ErrorClass::Silent:
+        case ErrorClass::FatalInput:
+            return true;
+        case ErrorClass::PrematureEnd:
+            return (context->state->stateFlags & STATE_PROBING) == 0;
+        default:
+            return false;
+    }
+}
+
+bool opensWithLineFeed(int code)
+{
+    switch (code) {
+        case 17: case 18: case 19: case 35: case 36: case 37: case 38: case 73:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// The catalog texts are formats chosen at run time.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#pragma GCC diagnostic ignored "-Wformat-security"
+int printCatalogText(RunContext* context, const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    int count = qorPrintV(context, format, args);
+    va_end(args);
+    return count;
+}
+#pragma GCC diagnostic pop
+
+constexpr char kHexDigits[] = "0123456789ABCDEF";
+
+// Behind a premature end: the rest of the bad record, up to 76 digits.
+void printRecordTail(RunContext* context, intptr_t first, long second)
+{
+    const RecordSpan* span = context->recordSpan;
+    if (second == 0 || span == nullptr || span->start == nullptr) return;
+    const auto* place = reinterpret_cast<const uint8_t*>(first);
+    if (place <= span->start || place >= span->start + span->total) return;
+    long count = span->total - context->state->spareTail - (place - span->start);
+    if (count <= 0) count = second;
+    if (count == 0) return;
+    qorWrite(context, " Last invalid record is:\n", 25);
+    char digits[76];
+    long shown = 0;
+    while (shown < count && shown * 2 < 76) {
+        digits[shown * 2] = kHexDigits[place[shown] >> 4];
+        digits[shown * 2 + 1] = kHexDigits[place[shown] & 0xF];
+        ++shown;
+    }
+    qorWrite(context, digits, static_cast<size_t>(shown * 2));
+    if (shown < count) qorWrite(context, "...", 3);
+}
+
+// The position and length of the nearest line end, tab or comment start.
+bool findBreak(const char* text, size_t from, size_t length, size_t& at)
+{
+    static constexpr const char* kBreaks[] = {"\r\n", "\n", "\r", "\t", "--", "/*"};
+    bool found = false;
+    at = length;
+    for (const char* mark : kBreaks) {
+        size_t markLength = std::strlen(mark);
+        for (size_t i = from; i + markLength <= at; ++i) {
+            if (std::memcmp(text + i, mark, markLength) == 0) {
+                at = i;
+                found = true;
+                break;
+            }
+        }
+    }
+    return found;
+}
+
+bool isWhiteSpace(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
+}
+
+}  // namespace
+
+void jumpToTarget(RunContext*, int value)
+{
+    throw ToolJump{value};
+}
+
+int signalError(RunContext* context, int code, intptr_t first, long second)
+{
+    context->state->lastError = code;
+    ErrorClass errorClass = classOf(code);
+    bool quieted = errorClass != ErrorClass::Always && (context->toolFlags & TLV_QUIET_ERRORS) != 0;
+    if (errorClass != ErrorClass::Silent && !quieted) {
+        bool silentRepair = (context->toolFlags & TLV_FIX_ENCODING) != 0 &&
+                            (context->toolFlags & TLV_TRACE_FIXUPS) == 0;
+        if (!silentRepair && context->errorHook != nullptr) {
+            context->errorHook(context, code, first, second);
+        }
+    }
+    if (isFatal(context, errorClass) && (context->toolFlags & TLV_TOOL_RUN) != 0 &&
+        context->jumpTarget) {
+        jumpToTarget(context, code);
+    }
+    return code;
+}
+
+int printToolError(RunContext* context, int code, intptr_t first, long second)
+{
+    const char* text = toolMessage(code, first != 0 || second != 0);
+    if (text == nullptr) return code;
+    if ((context->toolFlags & TLV_TOOL_RUN) != 0) text += TOOL_PREFIX_LENGTH;
+    if (opensWithLineFeed(code)) qorWrite(context, "\n", 1);
+
+    if (first == 0) {
+        if (second != 0) {
+            printCatalogText(context, text, second);
+        } else {
+            printCatalogText(context, text);
+        }
+    } else if (code == 17) {
+        printCatalogText(context, text);
+        printRecordTail(context, first, second);
+    } else if (code == 35) {
+        printCatalogText(context, text, static_cast<long>(first), static_cast<unsigned>(first),
+                         second, static_cast<unsigned>(second), second);
+    } else if (code == 38) {
+        printCatalogText(context, text, static_cast<long>(first), static_cast<unsigned>(first),
+                         second, static_cast<unsigned>(second));
+    } else {
+        const auto* argument = reinterpret_cast<const char*>(first);
+        size_t length = second != 0 ? static_cast<size_t>(second) : std::strlen(argument);
+        std::string shortened;
+        if (length > 30) shortened = "\n";
+        shortenForMessage(shortened, argument, length);
+        printCatalogText(context, text, shortened.c_str());
+    }
+    if (code != 36 && code != 37 && code != 73) qorWrite(context, "\n", 1);
+    return code;
+}
+
+void shortenForMessage(std::string& output, const char* text, size_t length)
+{
+    constexpr size_t kLimit = 72;
+    size_t start = output.size();  // a leading line feed doesn't count
+    size_t position = 0;
+    while (true) {
+        size_t at = 0;
+        bool found = findBreak(text, position, length, at);
+        size_t stretch = at - position;
+        size_t used = output.size() - start;
+        if (used + stretch + (found ? 1 : 0) > kLimit) {
+            size_t fits = kLimit > used ? kLimit - used : 0;
+            if (fits > stretch) fits = stretch;
+            output.append(text + position, fits);
+            if (position + fits < length) output += "... ";
+            return;
+        }
+        output.append(text + position, stretch);
+        position = at;
+        if (position >= length) return;
+        if (!found) return;
+        skipComments(text, length, position);
+        if (position >= length) return;
+        if (output.size() == start || output.back() != ' ') output += ' ';
+    }
+}
+
+void skipComments(const char* text, size_t length, size_t& position)
+{
+    while (true) {
+        while (position < length && isWhiteSpace(text[position])) ++position;
+        if (position + 1 >= length) return;
+        if (text[position] == '-' && text[position + 1] == '-') {
+            size_t end = length;
+            for (size_t i = position + 2; i < length; ++i) {
+                if (text[i] == '\n') {
+                    end = i + 1;
+                    break;
+                }
+                if (i + 1 < length && text[i] == '-' && text[i + 1] == '-') {
+                    end = i + 2;
+                    break;
+                }
+            }
+            position = end;
+        } else if (text[position] == '/' && text[position + 1] == '*') {
+            size_t end = length;
+            for (size_t i = position + 2; i + 1 < length; ++i) {
+                if (text[i] == '*' && text[i + 1] == '/') {
+                    end = i + 2;
+                    break;
+                }
+            }
+            position = end;
+        } else {
+            return;
+        }
+    }
+}

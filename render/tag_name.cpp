@@ -1,0 +1,69 @@
+#include "render/tag_name.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "app/signal.h"
+#include "runtime/services.h"
+#include "tlv/reader.h"
+
+namespace {
+
+constexpr const char* kUniversalNames[] = {
+    nullptr,             "BOOLEAN",         "INTEGER",         "BIT STRING",
+    "OCTET STRING",      "NULL",            "OBJECT IDENTIFIER", "ObjectDescriptor",
+    "EXTERNAL",          "REAL",            "ENUMERATED",      "EMBEDDED PDV",
+    "UTF8String",        "RELATIVE-OID",    "TIME",            nullptr,
+    "SEQUENCE",          "SET",             "NumericString",   "PrintableString",
+    "TeletexString",     "VideotexString",  "IA5String",       "UTCTime",
+    "GeneralizedTime",   "GraphicString",   "VisibleString",   "GeneralString",
+    "UniversalString",   "CHARACTER STRING", "BMPString",      "DATE",
+    "TIME-OF-DAY",       "DATE-TIME",       "DURATION",        "OID-IRI",
+    "RELATIVE-OID-IRI",
+};
+constexpr int32_t kLastUniversal = 36;
+
+char* copyText(RunContext* context, const char* text)
+{
+    size_t length = std::strlen(text);
+    auto* block = static_cast<char*>(qorAlloc(context, length + 1));
+    if (block != nullptr) std::memcpy(block, text, length + 1);
+    return block;
+}
+
+}  // namespace
+
+const char* universalTagName(int32_t tag)
+{
+    if (tag < 0 || tag > kLastUniversal) return nullptr;
+    return kUniversalNames[tag];
+}
+
+char* tagName(RunContext* context, const uint8_t* element, int32_t available)
+{
+    if (available == 0) return nullptr;
+    int tagClassOf = tagClass(context, element, available);
+    int32_t number = tagNumber(context, element, available);
+    if (number == -1) return nullptr;
+
+    char* text = nullptr;
+    if (tagClassOf == 0 && number == 0) {
+        // Universal tag 0 is the end-of-contents; its second octet must be 0.
+        if (available < 2 || element[1] != 0) {
+            signalError(context, 37, 0, 0);
+            return nullptr;
+        }
+        text = copyText(context, "END-OF-CONTENTS");
+    } else if (tagClassOf == 0 && universalTagName(number) != nullptr) {
+        text = copyText(context, universalTagName(number));
+    } else {
+        constexpr size_t kBlock = 48;
+        text = static_cast<char*>(qorAlloc(context, kBlock));
+        if (text != nullptr) {
+            const char* word = tagClassOf == 1 ? "APPLICATION " : tagClassOf == 3 ? "PRIVATE " : "";
+            std::snprintf(text, kBlock, "[%s%ld]", word, static_cast<long>(number));
+        }
+    }
+    if (text == nullptr) signalError(context, 1, 0, 0);
+    return text;
+}

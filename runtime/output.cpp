@@ -1,0 +1,207 @@
+// qorPrint and the output file.
+#include "runtime/output.h"
+
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstring>
+#include <new>
+
+#include "runtime/context.h"
+
+namespace {
+
+void writeOut(OutStream* stream, const char* text, size_t length)
+{
+    if (length == 0) return;
+    if (stream->file != nullptr) {
+        std::fwrite(text, 1, length, stream->file);
+    } else if (stream->sink != nullptr) {
+        stream->sink->append(text, length);
+    }
+}
+
+void drain(OutStream* stream)
+{
+    writeOut(stream, stream->buffer, stream->used);
+    stream->used = 0;
+    if (stream->file != nullptr) std::fflush(stream->file);
+}
+
+void append(OutStream* stream, const char* text, size_t length)
+{
+    if (stream->used + length > OutStream::kCapacity) {
+        drain(stream);
+        if (length > OutStream::kCapacity) {
+            writeOut(stream, text, length);
+            return;
+        }
+    }
+    std::memcpy(stream->buffer + stream->used, text, length);
+    stream->used += length;
+}
+
+// True when the format has a conversion that glibc prints differently from
+// the listing's conventions (exponents, "%I64d").
+bool needsOwnFormatter(const char* format)
+{
+    for (const char* p = std::strchr(format, '%'); p != nullptr; p = std::strchr(p, '%')) {
+        ++p;
+        if (*p == '%') {
+            ++p;
+            continue;
+        }
+        while (*p != '\0' && std::strchr("-+ #0123456789.*hlzL", *p) != nullptr) ++p;
+        if (*p == 'I' || *p == 'e' || *p == 'E' || *p == 'g' || *p == 'G') return true;
+    }
+    return false;
+}
+
+int callOverride(RunContext* context, const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    int result = context->printOverride(context, format, args);
+    va_end(args);
+    return result;
+}
+
+bool overridden(const RunContext* context)
+{
+    return context->controlTable != nullptr && context->printOverride != nullptr;
+}
+
+}  // namespace
+
+OutStream* outStreamForFile(std::FILE* file, bool ownsFile)
+{
+    auto* stream = new (std::nothrow) OutStream;
+    if (stream == nullptr) return nullptr;
+    stream->file = file;
+    stream->sink = nullptr;
+    stream->ownsFile = ownsFile;
+    stream->terminal = isatty(fileno(file)) != 0;
+    stream->used = 0;
+    return stream;
+}
+
+OutStream* outStreamForSink(std::string* sink)
+{
+    auto* stream = new (std::nothrow) OutStream;
+    if (stream == nullptr) return nullptr;
+    stream->file = nullptr;
+    stream->sink = sink;
+    stream->ownsFile = false;
+    stream->terminal = false;
+    stream->used = 0;
+    return stream;
+}
+
+bool outStreamRelease(OutStream* stream)
+{
+    if (stream == nullptr) return true;
+    drain(stream);
+    bool good = true;
+    if (stream->file != nullptr) {
+        good = std::ferror(stream->file) == 0;
+        if (stream->ownsFile && std::fclose(stream->file) != 0) good = false;
+    }
+    delete stream;
+    return good;
+}
+
+int qorPrintV(RunContext* context, const char* format, va_list args)
+{
+    if (overridden(context)) return context->printOverride(context, format, args);
+    OutStream* stream = context->outStream;
+    if (needsOwnFormatter(format)) {
+        std::string text;
+        int count = formatAppend(text, format, args);
+        append(stream, text.data(), text.size());
+        return count;
+    }
+    va_list again;
+    va_copy(again, args);
+    size_t room = OutStream::kCapacity - stream->used;
+    int count = std::vsnprintf(stream->buffer + stream->used, room, format, args);
+    if (count >= 0 && static_cast<size_t>(count) < room) {
+        stream->used += static_cast<size_t>(count);
+    } else if (count > 0) {
+        std::string text(static_cast<size_t>(count) + 1, '\0');
+        std::vsnprintf(text.data(), text.size(), format, again);
+        append(stream, text.data(), static_cast<size_t>(count));
+    }
+    va_end(again);
+    return count;
+}
+
+int qorPrint(RunContext* context, const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    int count = qorPrintV(context, format, args);
+    va_end(args);
+    return count;
+}
+
+int qorWrite(RunContext* context, const char* text, size_t length)
+{
+    if (overridden(context)) return callOverride(context, "%.*s", static_cast<int>(length), text);
+    append(context->outStream, text, length);
+    return static_cast<int>(length);
+}
+
+int qorBlanks(RunContext* context, int width)
+{
+    static constexpr char kBlanks[] = "                                                                ";
+    constexpr int kChunk = sizeof kBlanks - 1;
+    if (width < 0) width = -width;
+    if (overridden(context)) return callOverride(context, "%*s", width, "");
+    for (int left = width; left > 0; left -= kChunk) {
+        append(context->outStream, kBlanks, static_cast<size_t>(left < kChunk ? left : kChunk));
+    }
+    return width;
+}
+
+void qorFlush(RunContext* context)
+{
+    if (context != nullptr && context->outStream != nullptr) drain(context->outStream);
+}
+
+void qorRecordDone(RunContext* context)
+{
+    if (context->outStream->terminal) drain(context->outStream);
+}
+
+int openOutputFile(RunContext* context, const char* path)
+{
+    if (context == nullptr) return QOR_NULL_CONTEXT;
+    if (context->savedOutStream != nullptr) return QOR_ALREADY_OPEN;
+    // Text written so far belongs in front of the redirection.
+    qorFlush(context);
+    std::FILE* file = std::fopen(path, "wt");
+    if (file == nullptr) return QOR_OPEN_FAILED;
+    OutStream* stream = outStreamForFile(file, true);
+    if (stream == nullptr) {
+        std::fclose(file);
+        return QOR_OPEN_FAILED;
+    }
+    context->savedOutStream = context->outStream;
+    context->outStream = stream;
+    return 0;
+}
+
+int closeOutputFile(RunContext* context)
+{
+    if (context == nullptr) return QOR_NULL_CONTEXT;
+    if (context->savedOutStream == nullptr) return 0;
+    if (!outStreamRelease(context->outStream)) {
+        // The stream is gone all the same; go back to the one before it.
+        context->outStream = context->savedOutStream;
+        context->savedOutStream = nullptr;
+        return QOR_CLOSE_FAILED;
+    }
+    context->outStream = context->savedOutStream;
+    context->savedOutStream = nullptr;
+    return 0;
+}

@@ -1,0 +1,49 @@
+// Output: the one road for all text of a run.
+//
+// qorPrint formats into the run buffer of the current stream; the buffer is
+// written out when full, when the stream changes, before every exit, and at
+// the end of every record when the output is a terminal (qorFlush).
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <string>
+
+struct RunContext;
+
+struct OutStream {
+    static constexpr size_t kCapacity = 64 * 1024;
+
+    std::FILE* file;     // null for an in-memory sink
+    std::string* sink;   // receives the text when file is null
+    bool ownsFile;       // closed by closeOutputFile / qorStopContext
+    bool terminal;       // flush at the end of every record
+    size_t used;
+    char buffer[kCapacity];
+};
+
+// Streams for the entry and for in-process runs.
+OutStream* outStreamForFile(std::FILE* file, bool ownsFile);
+OutStream* outStreamForSink(std::string* sink);
+// Writes out what is buffered; closes the file if owned; frees the stream.
+// Returns false when writing or closing failed.
+bool outStreamRelease(OutStream* stream);
+
+int qorPrint(RunContext* context, const char* format, ...) __attribute__((format(printf, 2, 3)));
+int qorPrintV(RunContext* context, const char* format, va_list args);
+// Pre-formatted text: same override, same character count as qorPrint("%s").
+int qorWrite(RunContext* context, const char* text, size_t length);
+// Blanks: what "%*s" with an empty string prints for a width, negative widths
+// by their absolute value.
+int qorBlanks(RunContext* context, int width);
+void qorFlush(RunContext* context);
+// At the end of a record: flushes when the output is a terminal.
+void qorRecordDone(RunContext* context);
+
+int openOutputFile(RunContext* context, const char* path);
+int closeOutputFile(RunContext* context);
+
+// Formats like vsnprintf, with the conventions of the listing: "%E" and "%e"
+// give at least three exponent digits, "%I64d" is a signed 64-bit decimal.
+// Appends to `out` and returns the characters produced.
+int formatAppend(std::string& out, const char* format, va_list args);

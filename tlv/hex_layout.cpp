@@ -1,0 +1,144 @@
+#include "tlv/hex_layout.h"
+
+#include <cstdio>
+
+#include "app/signal.h"
+#include "runtime/context.h"
+#include "runtime/output.h"
+#include "runtime/services.h"
+#include "tlv/reader.h"
+#include "tlv/record_span.h"
+#include "tlv/walker.h"
+
+namespace {
+
+constexpr int kContentsEnd = 75;  // contents are cut at this column
+
+// Owns the RecordSpan of a listing; gone however the listing ends.
+class RecordSpanScope {
+public:
+    RecordSpanScope(RunContext* context, const InputBuffer& buffer) : context_(context)
+    {
+        auto* span = static_cast<RecordSpan*>(qorAlloc(context, sizeof(RecordSpan)));
+        if (span == nullptr) signalError(context, 1, 0, 0);
+        if (span != nullptr) *span = {buffer.length, buffer.data};
+        context->recordSpan = span;
+    }
+    ~RecordSpanScope()
+    {
+        qorFree(context_, context_->recordSpan);
+        context_->recordSpan = nullptr;
+    }
+    RecordSpanScope(const RecordSpanScope&) = delete;
+    RecordSpanScope& operator=(const RecordSpanScope&) = delete;
+
+private:
+    RunContext* context_;
+};
+
+const char* identifierSuffix(bool indefinite, bool flagged)
+{
+    if (indefinite) return flagged ? " ?80" : " 80";
+    return flagged ? " ?" : " ";
+}
+
+int printDecimalLength(RunContext* context, int32_t shown)
+{
+    char text[16];
+    int length = std::snprintf(text, sizeof text, "(%ld)", static_cast<long>(shown));
+    return qorWrite(context, text, static_cast<size_t>(length));
+}
+
+}  // namespace
+
+void printHexLayout(RunContext* context, InputBuffer& buffer)
+{
+    RecordSpanScope span(context, buffer);
+    int32_t count = buffer.length;
+    bool titles = false;
+    walkRecords(context, buffer.data, count, 0, titles, printHexElement);
+    // The repair writes what the last pass could walk.
+    if (count != 0 && (context->toolFlags & TLV_FIX_ENCODING) != 0 && context->state->fixupCount == 0) {
+        buffer.length -= count;
+    }
+}
+
+int printHexElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
+                    bool& indefinite, bool&)
+{
+    const int indent = 2 * depth;
+    if (element[0] == 0) signalError(context, 73, 0, 0);
+    indefinite = false;
+    bool stop = true;
+    bool repaired = false;
+    int32_t length = LENGTH_TRUNCATED;
+    int32_t shown = 0;
+
+    const uint8_t* cursor = element;
+    int32_t remaining = available;
+    int32_t identifier = readIdentifier(context, cursor, remaining);
+    if (identifier == LENGTH_TRUNCATED) {
+        qorWrite(context, "\n", 1);
+        dumpOctets(context, element, available, indent, "");
+        signalError(context, 17, reinterpret_cast<intptr_t>(element), available);
+        return 1;
+    }
+    if (identifier == 0) return 0;
+
+    const uint8_t first = *cursor;  // the first length octet
+    if (first == 0x80) indefinite = true;
+    int32_t header = identifier + 1 + ((first & 0x80) != 0 ? (first & 0x7F) : 0);
+    if (header > available) {
+        signalError(context, 38, header, available);
+    } else {
+        const uint8_t* at = element;
+        int32_t left = available;
+        length = readHeader(context, at, left);
+        shown = length;
+        if (length == LENGTH_TRUNCATED) {
+            signalError(context, 17, reinterpret_cast<intptr_t>(element), available);
+        } else if (!indefinite && length > available - header) {
+            signalError(context, 35, length, available - header);
+            length = available - header;
+        } else {
+            stop = false;
+            qorWrite(context, "\n", 1);
+        }
+    }
+
+    int column = dumpOctets(context, element, identifier, indent, identifierSuffix(indefinite, stop || repaired));
+    if (!indefinite) {
+        int32_t end = header < available ? header : available;
+        column += dumpOctets(context, element + identifier, end - identifier, 0, "");
+        if ((first & 0x80) != 0) column += printDecimalLength(context, shown);
+    }
+    if (stop && length == LENGTH_TRUNCATED) return 1;
+    if (!stop && indefinite && available - header >= 2 && element[header] == 0 && element[header + 1] == 0) {
+        qorWrite(context, "\n", 1);
+        qorBlanks(context, indent);
+        qorWrite(context, "00 00", 5);
+        return 0;
+    }
+    if ((element[0] & CONSTRUCTED_BIT) != 0 && !stop) return 0;
+    if (header > available) return stop ? 1 : 0;
+
+    // A primitive element in the indefinite form has no count to show.
+    if (shown < 0) return stop ? 1 : 0;
+    if (header + shown > available) shown = available - header;
+    int32_t digits = 2 * shown;
+    bool truncated = false;
+    if ((context->toolFlags & TLV_NO_SHORT) == 0) {
+        int32_t limit = kContentsEnd - column;
+        if (digits > limit) {
+            digits = limit > 0 ? limit : 0;
+            truncated = true;
+        }
+    }
+    if (digits == 0 && truncated) {
+        // No room left on the line: only mark what is left out.
+        qorWrite(context, " ...", 4);
+    } else {
+        dumpOctets(context, element + header, (digits + 1) / 2, 1, truncated ? "..." : "");
+    }
+    return stop ? 1 : 0;
+}

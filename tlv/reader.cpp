@@ -1,0 +1,240 @@
+#include "tlv/reader.h"
+
+#include "app/signal.h"
+#include "runtime/context.h"
+
+namespace {
+
+// Sets TLV_QUIET_ERRORS for the life of a scope, then puts back what was.
+class QuietErrors {
+public:
+    explicit QuietErrors(RunContext* context)
+        : context_(context), wasQuiet_((context->toolFlags & TLV_QUIET_ERRORS) != 0)
+    {
+        context_->toolFlags |= TLV_QUIET_ERRORS;
+    }
+    ~QuietErrors()
+    {
+        if (!wasQuiet_) context_->toolFlags &= ~TLV_QUIET_ERRORS;
+    }
+    QuietErrors(const QuietErrors&) = delete;
+    QuietErrors& operator=(const QuietErrors&) = delete;
+
+private:
+    RunContext* context_;
+    bool wasQuiet_;
+};
+
+intptr_t place(const uint8_t* element)
+{
+    return reinterpret_cast<intptr_t>(element);
+}
+
+// Finds the end-of-contents of an indefinite element whose contents start at
+// `cursor`. Inner indefinite elements are counted as open levels instead of
+// being walked by recursion; a definite element is stepped over by its
+// length. On success `cursor` and `remaining` stand behind the end-of-contents.
+bool skipToEndOfContents(RunContext* context, const uint8_t*& cursor, int32_t& remaining)
+{
+    QuietErrors quiet(context);
+    long openLevels = 1;
+    while (true) {
+        if (remaining >= 2 && cursor[0] == 0 && cursor[1] == 0) {
+            cursor += 2;
+            remaining -= 2;
+            if (--openLevels == 0) return true;
+            continue;
+        }
+        if (remaining == 0) return false;
+        const uint8_t* inner = cursor;
+        int32_t left = remaining;
+        int32_t length = readHeader(context, inner, left);
+        if (length == LENGTH_TRUNCATED) {
+            signalError(context, 17, place(cursor), remaining);
+            return false;
+        }
+        if (length == LENGTH_INDEFINITE) {
+            ++openLevels;
+            cursor = inner;
+            remaining = left;
+            continue;
+        }
+        if (left == 0) return false;
+        if (length > left) length = left;
+        cursor = inner + length;
+        remaining = left - length;
+        if (remaining == 0) return false;
+    }
+}
+
+}  // namespace
+
+int32_t readIdentifier(RunContext*, const uint8_t*& cursor, int32_t& remaining)
+{
+    if (cursor == nullptr || remaining == 0) return 0;
+    const uint8_t* last = cursor;
+    if ((cursor[0] & HIGH_TAG_MASK) == HIGH_TAG_MASK) {
+        if (--remaining == 0) return LENGTH_TRUNCATED;
+        ++last;
+        while (remaining != 0 && (*last & 0x80) != 0) {
+            ++last;
+            --remaining;
+        }
+    }
+    // An identifier with no octet behind it is an identifier without a length.
+    if (remaining == 0 || --remaining == 0) return LENGTH_TRUNCATED;
+    int32_t count = static_cast<int32_t>(last - cursor) + 1;
+    cursor = last + 1;
+    return count;
+}
+
+int32_t readLengthOctets(RunContext*, const uint8_t*& cursor, int32_t& remaining)
+{
+    uint8_t first = cursor[0];
+    if (first == 0x80) return LENGTH_INDEFINITE;
+    if ((first & 0x80) == 0) return first;
+    int octets = first & 0x7F;
+    ++cursor;
+    if (--remaining == 0) return LENGTH_TRUNCATED;
+    uint32_t value = *cursor;
+    for (int i = 1; i < octets; ++i) {
+        if (value > 0x7FFFFFFE) break;
+        value <<= 8;  // what leaves the top is lost
+        ++cursor;
+        if (--remaining == 0) return LENGTH_TRUNCATED;
+        if (value <= 0x7FFFFFFE) value += *cursor;
+    }
+    return static_cast<int32_t>(value);
+}
+
+int32_t readHeader(RunContext* context, const uint8_t*& cursor, int32_t& remaining)
+{
+    if (remaining == 0) return 0;
+    const uint8_t* at = cursor;
+    int32_t identifier = readIdentifier(context, at, remaining);
+    if (identifier < 1) return identifier;
+    int32_t lengthOctets = 1;
+    if (*at != 0x80 && (*at & 0x80) != 0) lengthOctets += *at & 0x7F;
+    int32_t room = remaining - lengthOctets;
+    int32_t length = readLengthOctets(context, at, remaining);
+    if (length == LENGTH_TRUNCATED) return length;
+    cursor = at + 1;
+    if (length == LENGTH_INDEFINITE || (length >= 0 && length <= room)) {
+        --remaining;
+        return length;
+    }
+    remaining = 0;
+    return length < 0 ? LENGTH_TOO_LARGE : length;
+}
+
+int32_t headerLength(RunContext* context, const uint8_t* element, int32_t count)
+{
+    if (count == 0) return 0;
+    const uint8_t* cursor = element;
+    int32_t remaining = count;
+    int32_t identifier = readIdentifier(context, cursor, remaining);
+    if (identifier == LENGTH_TRUNCATED) {
+        signalError(context, 17, place(element), count);
+        return LENGTH_TRUNCATED;
+    }
+    if (identifier == 0) return 0;
+    int32_t result = identifier + 1;
+    if ((*cursor & 0x80) != 0) result += *cursor & 0x7F;
+    if (result > count) signalError(context, 38, result, count);
+    return result;
+}
+
+int32_t contentLength(RunContext* context, const uint8_t* element, int32_t count)
+{
+    int32_t header = headerLength(context, element, count);
+    if (header == LENGTH_TRUNCATED) return LENGTH_TRUNCATED;
+    if (header > count) return 0;
+    const uint8_t* cursor = element;
+    int32_t remaining = count;
+    int32_t length = readHeader(context, cursor, remaining);
+    if (length == LENGTH_TRUNCATED) {
+        signalError(context, 17, place(element), remaining);
+        return LENGTH_TRUNCATED;
+    }
+    if (length > count - header) signalError(context, 35, length, count - header);
+    return length;
+}
+
+const uint8_t* nextElement(RunContext* context, const uint8_t* element, int32_t& count)
+{
+    const uint8_t* cursor = element;
+    int32_t remaining = count;
+    int32_t length = readHeader(context, cursor, remaining);
+    if (length == LENGTH_TRUNCATED) {
+        if (count != 0) signalError(context, 17, place(element), count);
+        count = 0;
+        return nullptr;
+    }
+    if (length == LENGTH_INDEFINITE) {
+        const uint8_t* end = cursor;
+        if (!skipToEndOfContents(context, end, remaining)) {
+            signalError(context, 36, 0, 0);
+            count = 0;
+            return nullptr;
+        }
+        count = remaining;
+        return count == 0 ? nullptr : end;
+    }
+    count = remaining;
+    if (count == 0) return nullptr;
+    if (length > count) length = count;
+    count -= length;
+    return count == 0 ? nullptr : cursor + length;
+}
+
+const uint8_t* firstInside(RunContext* context, const uint8_t* element, int32_t& count)
+{
+    if (count == 0 || element == nullptr || (element[0] & CONSTRUCTED_BIT) == 0) return nullptr;
+    int32_t header = headerLength(context, element, count);
+    if (header < 1) return nullptr;
+    bool indefinite = contentLength(context, element, count) == LENGTH_INDEFINITE;
+    int32_t behind = count;
+    {
+        QuietErrors quiet(context);
+        nextElement(context, element, behind);
+    }
+    count = count - header - behind - (indefinite ? 2 : 0);
+    return count <= 0 ? nullptr : element + header;
+}
+
+bool isConstructed(RunContext*, const uint8_t* element, int32_t count)
+{
+    return count != 0 && (element[0] & CONSTRUCTED_BIT) != 0;
+}
+
+int tagClass(RunContext*, const uint8_t* element, int32_t count)
+{
+    if (element == nullptr || count == 0) return 4;
+    return element[0] >> 6;
+}
+
+int32_t tagNumber(RunContext* context, const uint8_t* element, int32_t count)
+{
+    if (element == nullptr || count == 0) {
+        signalError(context, 17, 0, 0);
+        return -1;
+    }
+    if ((element[0] & HIGH_TAG_MASK) != HIGH_TAG_MASK) return element[0] & HIGH_TAG_MASK;
+    if (count == 1) {
+        signalError(context, 17, 0, 0);
+        return -1;
+    }
+    uint32_t number = 0;
+    for (int32_t i = 1; i < count; ++i) {
+        number = (number << 7) | (element[i] & 0x7F);
+        if ((element[i] & 0x80) == 0) break;
+    }
+    return static_cast<int32_t>(number);
+}
+
+uint32_t readBigEndian(int count, const uint8_t* octets)
+{
+    uint32_t value = 0;
+    for (int i = 0; i < count; ++i) value = (value << 8) | octets[i];
+    return value;
+}

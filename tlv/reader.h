@@ -1,0 +1,28 @@
+// The tool's own reading of BER identifier and length octets. Every
+// operation works on a position (cursor, remaining), says how far it got,
+// and never reads past `remaining`.
+#pragma once
+
+#include <cstdint>
+
+struct RunContext;
+
+// Length results.
+constexpr int32_t LENGTH_INDEFINITE = -1;
+constexpr int32_t LENGTH_TRUNCATED = -2;
+constexpr int32_t LENGTH_TOO_LARGE = 0x7FFFFFFF;
+
+constexpr uint8_t HIGH_TAG_MASK = 0x1F;
+constexpr uint8_t CONSTRUCTED_BIT = 0x20;
+
+int32_t readIdentifier(RunContext* context, const uint8_t*& cursor, int32_t& remaining);
+int32_t readLengthOctets(RunContext* context, const uint8_t*& cursor, int32_t& remaining);
+int32_t readHeader(RunContext* context, const uint8_t*& cursor, int32_t& remaining);
+int32_t headerLength(RunContext* context, const uint8_t* element, int32_t count);
+int32_t contentLength(RunContext* context, const uint8_t* element, int32_t count);
+const uint8_t* nextElement(RunContext* context, const uint8_t* element, int32_t& count);
+const uint8_t* firstInside(RunContext* context, const uint8_t* element, int32_t& count);
+bool isConstructed(RunContext* context, const uint8_t* element, int32_t count);
+int tagClass(RunContext* context, const uint8_t* element, int32_t count);
+int32_t tagNumber(RunContext* context, const uint8_t* element, int32_t count);
+uint32_t readBigEndian(int count, const uint8_t* octets);

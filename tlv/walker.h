@@ -1,0 +1,39 @@
+// The record walker: goes into constructed elements, closes indefinite ones,
+// and at the top level treats whatever follows a record as a further record
+// (a CDR file is a run of BER records, maybe behind file and record headers,
+// maybe with fill octets between them).
+#pragma once
+
+#include <cstdint>
+
+#include "runtime/buffers.h"
+
+struct RunContext;
+
+// Prints one element; returns 0 when the walk may go on with it (go inside,
+// then step over it), 1 when it must stop at this element.
+using ElementPrinter = int (*)(RunContext* context, const uint8_t* element, int32_t available,
+                               int depth, bool& indefinite, bool& titles);
+
+// Deepest nesting that the walkers go into; deeper contents are stepped over
+// with a note in the listing.
+constexpr int MAX_WALK_DEPTH = 256;
+
+struct CdrProbe {
+    int32_t expectedLength;
+    int32_t fileHeaderLength;
+    int32_t recordHeaderLength;
+};
+
+void walkRecords(RunContext* context, const uint8_t* element, int32_t& count, int depth,
+                 bool& titles, ElementPrinter printer);
+bool detectCdrHeaders(RunContext* context, const uint8_t* input, int32_t inputLength,
+                      CdrProbe& probe);
+void skipCdrHeader(RunContext* context, const uint8_t*& cursor, int32_t& count, int32_t length,
+                   const char* word);
+int32_t skipPadding(RunContext* context, const uint8_t*& cursor, int32_t& count);
+// Octets as upper-case hexadecimal behind `indent` blanks, then `suffix`.
+int dumpOctets(RunContext* context, const uint8_t* octets, int32_t count, int indent,
+               const char* suffix);
+// The note for contents nested deeper than the walkers go.
+void printTooDeep(RunContext* context, int depth);
