@@ -1,0 +1,43 @@
+#include "render/text_block.h"
+
+#include <cstring>
+
+#include "runtime/services.h"
+
+char* hexText(RunContext* context, const uint8_t* octets, int32_t count)
+{
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    auto* text = static_cast<char*>(qorAlloc(context, static_cast<size_t>(count) * 2 + 1));
+    if (text == nullptr) return nullptr;
+    for (int32_t i = 0; i < count; ++i) {
+        text[2 * i] = kDigits[octets[i] >> 4];
+        text[2 * i + 1] = kDigits[octets[i] & 0xF];
+    }
+    text[2 * count] = '\0';
+    return text;
+}
+
+int copyDecodedString(RunContext* context, const void* value, char*& result)
+{
+    const char* source = *static_cast<const char* const*>(value);
+    if (source == nullptr) source = "";
+    size_t length = std::strlen(source);
+    result = static_cast<char*>(qorAlloc(context, length + 1));
+    if (result == nullptr) return 1;
+    std::memcpy(result, source, length + 1);
+    return 0;
+}
+
+int copiedText(RunContext* context, const RenderInput&, const void* value, char*& text)
+{
+    return copyDecodedString(context, value, text);
+}
+
+char* newText(RunContext* context, const char* text, size_t length)
+{
+    auto* block = static_cast<char*>(qorAlloc(context, length + 1));
+    if (block == nullptr) return nullptr;
+    std::memcpy(block, text, length);
+    block[length] = '\0';
+    return block;
+}

@@ -1,0 +1,22 @@
+// Text blocks of the rendering: each a block from qorAlloc that the caller
+// frees with qorFree.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "render/contents.h"
+
+struct RunContext;
+
+// `count` octets as upper-case hexadecimal, two digits each, in a new block.
+char* hexText(RunContext* context, const uint8_t* octets, int32_t count);
+
+// Copies the NUL-terminated text of a value slot into a new block.
+int copyDecodedString(RunContext* context, const void* value, char*& result);
+
+// A TextMaker that copies the decoded text as it stands.
+int copiedText(RunContext* context, const RenderInput& input, const void* value, char*& text);
+
+// A new block from qorAlloc holding `length` characters and a terminator.
+char* newText(RunContext* context, const char* text, size_t length);

@@ -1,0 +1,207 @@
+#include "tlv/decomposed_layout.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "app/signal.h"
+#include "render/contents.h"
+#include "render/tag_name.h"
+#include "runtime/context.h"
+#include "runtime/output.h"
+#include "runtime/services.h"
+#include "tlv/reader.h"
+#include "tlv/syntax_layout.h"
+#include "tlv/walker.h"
+
+namespace {
+
+constexpr int kNameField = 18;
+
+// Frees a block from the memory service at the end of a scope.
+class OwnedText {
+public:
+    OwnedText(RunContext* context, char* text) : context_(context), text_(text) {}
+    ~OwnedText() { qorFree(context_, text_); }
+    OwnedText(const OwnedText&) = delete;
+    OwnedText& operator=(const OwnedText&) = delete;
+    const char* get() const { return text_; }
+
+private:
+    RunContext* context_;
+    char* text_;
+};
+
+int printNumber(RunContext* context, const char* format, long value)
+{
+    char text[32];
+    int size = std::snprintf(text, sizeof text, format, value);
+    return qorWrite(context, text, static_cast<size_t>(size));
+}
+
+// Header length, length, form and name; returns the characters printed.
+int printElementFields(RunContext* context, const uint8_t* element, int32_t available, int32_t header,
+                       int32_t length, const char* name)
+{
+    int column = printNumber(context, " hl=%ld l=", header);
+    if (length == LENGTH_INDEFINITE) {
+        column += qorWrite(context, "-128", 4);
+    } else {
+        column += printRightAligned(context, 4, static_cast<unsigned long>(length));
+    }
+    column += isConstructed(context, element, available) ? qorWrite(context, " cons: ", 7)
+                                                         : qorWrite(context, " prim: ", 7);
+    const char* shownName = name != nullptr ? name : "Unknown";
+    return column + qorWrite(context, shownName, std::strlen(shownName));
+}
+
+// One PDU of the walk: its element and what the walk knows of it.
+struct PduCounter {
+    int pduNumber = 1;
+    long base = 0;
+};
+
+void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth,
+               PduCounter* counter);
+
+// Goes into a constructed element and closes it when it is indefinite.
+void walkInside(RunContext* context, const uint8_t* element, int32_t count, long& offset, int depth,
+                bool indefinite)
+{
+    int32_t inner = count;
+    const uint8_t* inside = firstInside(context, element, inner);
+    if (inside == nullptr) return;
+    const int32_t contentsLength = inner;
+    offset += inside - element;
+    if (depth + 1 <= MAX_WALK_DEPTH) {
+        walkLevel(context, inside, inner, offset, depth + 1, nullptr);
+    } else {
+        printTooDeep(context, depth + 1);
+        offset += contentsLength;
+    }
+    if (indefinite) {
+        bool endOfContents = true;
+        printDecomposedElement(context, inside + contentsLength, 2, depth, offset, endOfContents);
+    }
+}
+
+void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth,
+               PduCounter* counter)
+{
+    while (true) {
+        bool indefinite = false;
+        int stop = printDecomposedElement(context, element, count, depth, offset, indefinite);
+        const int32_t before = count;
+        const long start = offset;
+        const uint8_t* next = nullptr;
+        if (stop == 0) {
+            walkInside(context, element, count, offset, depth, indefinite);
+            next = nextElement(context, element, count);
+        }
+        offset = start + (next != nullptr ? next - element : before);
+        if (counter != nullptr) {
+            qorRecordDone(context);
+            if (next != nullptr) {
+                int32_t skipped = skipPadding(context, next, count);
+                if (skipped != 0 && count == 0) return;
+                counter->base += offset + skipped;
+                ++counter->pduNumber;
+                qorPrint(context, "\n\nConcatenated PDU #%d detected at offset %ld, printing ...\n",
+                         counter->pduNumber, counter->base);
+                offset = 0;  // offsets count from the start of each PDU
+            }
+        }
+        if (next == nullptr || count == 0) return;
+        element = next;
+    }
+}
+
+}  // namespace
+
+void printDecomposedLayout(RunContext* context, InputBuffer& buffer)
+{
+    int32_t count = buffer.length;
+    long offset = 0;
+    walkDecomposed(context, buffer.data, count, offset, 1);
+}
+
+void walkDecomposed(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth)
+{
+    if (count <= 0) return;
+    PduCounter counter;
+    walkLevel(context, element, count, offset, depth, depth == 1 ? &counter : nullptr);
+}
+
+int printRightAligned(RunContext* context, int width, unsigned long value)
+{
+    char text[24];
+    int size = std::snprintf(text, sizeof text, "%lu", value);
+    int printed = size < width ? qorBlanks(context, width - size) : 0;
+    return printed + qorWrite(context, text, static_cast<size_t>(size));
+}
+
+int printDecomposedElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
+                           long offset, bool& indefinite)
+{
+    char* name = tagName(context, element, available);
+    if (name == nullptr) return 1;
+    int32_t length = LENGTH_TRUNCATED;
+    int nameWidth = 0;
+    bool bad = false;
+    // The walker marks an end-of-contents by `indefinite`; any other 00 is a
+    // tag of 00.
+    if (element[0] == 0 && !indefinite) {
+        signalError(context, 73, 0, 0);
+        qorFree(context, name);
+        name = nullptr;
+    }
+    OwnedText ownedName(context, name);
+
+    int32_t header = headerLength(context, element, available);
+    if (header == LENGTH_TRUNCATED || header > available) {
+        bad = true;
+    } else {
+        length = contentLength(context, element, available);
+        if (length == LENGTH_TRUNCATED) {
+            bad = true;
+        } else {
+            qorWrite(context, "\n", 1);
+        }
+    }
+    indefinite = length == LENGTH_INDEFINITE;
+    if (length >= 0 && length > available - header) length = available - header;
+
+    int column = printRightAligned(context, 3, static_cast<unsigned long>(offset));
+    column += qorWrite(context, ":d=", 3);
+    column += printRightAligned(context, 2, static_cast<unsigned long>(depth));
+    if (header == LENGTH_TRUNCATED) {
+        column += qorWrite(context, " hl= ???", 8);
+    } else if (length == LENGTH_TRUNCATED) {
+        column += printNumber(context, " hl=%ld l= ???", header);
+    } else {
+        column += printElementFields(context, element, available, header, length, name);
+        if (name != nullptr && std::strcmp(name, "END-OF-CONTENTS") != 0) {
+            nameWidth = static_cast<int>(std::strlen(name)) + 1;
+        }
+    }
+    if ((bad && length == LENGTH_TRUNCATED) || nameWidth == 0) return bad ? 1 : 0;
+
+    if (length == LENGTH_INDEFINITE && available - header >= 2 && element[header] == 0 && element[header + 1] == 0) {
+        bool endOfContents = true;
+        printDecomposedElement(context, element + header, 2, depth, offset + header, endOfContents);
+        return bad ? 1 : 0;
+    }
+    if (nameWidth < kNameField) column += qorBlanks(context, kNameField - nameWidth);
+    OwnedText text(context, renderContents(context, element, available));
+    if (text.get() != nullptr) {
+        bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
+        if (!isConstructed(context, element, available) || failed) {
+            column += qorWrite(context, ":", 1);
+            printRendered(context, text.get(), name, column);
+        }
+        if (failed) {
+            context->toolFlags &= ~TLV_VALUE_FAILED;
+            bad = true;
+        }
+    }
+    return bad ? 1 : 0;
+}

@@ -1,0 +1,17 @@
+// The decomposed-TLV layout: one line an element with its offset, depth,
+// header length, length, form, name and value.
+#pragma once
+
+#include <cstdint>
+
+#include "runtime/buffers.h"
+
+struct RunContext;
+
+void printDecomposedLayout(RunContext* context, InputBuffer& buffer);
+int printDecomposedElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
+                           long offset, bool& indefinite);
+int printRightAligned(RunContext* context, int width, unsigned long value);
+// Walks the elements with their offsets from the start of each PDU; depth 1
+// is the top level.
+void walkDecomposed(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth);

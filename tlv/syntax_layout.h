@@ -1,0 +1,16 @@
+// The syntax-TLV layout: type name, length and readable contents in three
+// columns, with a title line for each nesting level.
+#pragma once
+
+#include <cstdint>
+
+#include "runtime/buffers.h"
+
+struct RunContext;
+
+void printSyntaxLayout(RunContext* context, InputBuffer& buffer);
+int printSyntaxElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
+                       bool& indefinite, bool& titles);
+// Prints a rendered value, truncated at column 79 unless it keeps its width;
+// returns the characters printed.
+int printRendered(RunContext* context, const char* text, const char* name, int column);
