@@ -1,0 +1,66 @@
+#!/usr/bin/env bash
+# Times qortlv in its three layouts beside `openssl asn1parse` (and dumpasn1
+# when installed) on synthetic CDR files; prints a table.
+#   BENCH_MB=200 bench/run.sh
+set -euo pipefail
+cd "$(dirname "$0")/.."
+MB=${BENCH_MB:-200}
+RUNS=${BENCH_RUNS:-3}
+DATA=${BENCH_DATA:-bench/data}
+QORTLV=build/qortlv
+mkdir -p "$DATA"
+
+g++ -O2 -std=c++20 bench/gen_cdr.cpp -o "$DATA/gen_cdr"
+for variant in definite headers indefinite; do
+  file="$DATA/cdr-$variant-${MB}mb.ber"
+  [ -s "$file" ] || "$DATA/gen_cdr" --variant "$variant" --mb "$MB" --out "$file"
+done
+
+# One measurement: wall seconds, peak resident KiB, output bytes.
+measure() {
+  local out="$DATA/.time" bytes
+  bytes=$( { /usr/bin/time -f '%e %M' -o "$out" "$@" | wc -c; } 2>/dev/null )
+  echo "$(cat "$out") $bytes"
+}
+
+# Median of $RUNS measurements (by wall time).
+median() {
+  local i results=()
+  for ((i = 0; i < RUNS; i++)); do results+=("$(measure "$@")"); done
+  printf '%s\n' "${results[@]}" | sort -n | sed -n "$(( (RUNS + 1) / 2 ))p"
+}
+
+size_mib() { awk -v b="$(stat -c %s "$1")" 'BEGIN { printf "%.2f", b / 1048576 }'; }
+calc() { awk "BEGIN { printf \"%.1f\", $1 }"; }
+
+printf '%-34s %9s %9s %10s %13s %9s\n' "run" "seconds" "MiB/s" "peak MiB" "output bytes" "x openssl"
+row() {
+  local name=$1 file=$2 reference=$3; shift 3
+  read -r secs kib bytes < <(median "$@")
+  local mib rate peak ratio
+  mib=$(size_mib "$file")
+  rate=$(calc "$mib / ($secs + 0.005)")
+  peak=$(calc "$kib / 1024")
+  ratio="-"
+  [ -n "$reference" ] && ratio=$(calc "$reference / ($secs + 0.005)")
+  printf '%-34s %9s %9s %10s %13s %9s\n' "$name" "$secs" "$rate" "$peak" "$bytes" "$ratio"
+  LAST_SECS=$secs
+}
+
+definite="$DATA/cdr-definite-${MB}mb.ber"
+LAST_SECS=""
+if command -v openssl >/dev/null; then
+  row "openssl asn1parse (definite)" "$definite" "" openssl asn1parse -inform DER -in "$definite"
+  OPENSSL=$LAST_SECS
+else
+  OPENSSL=""
+fi
+if command -v dumpasn1 >/dev/null; then
+  row "dumpasn1 -z -e (definite)" "$definite" "$OPENSSL" dumpasn1 -z -e "$definite"
+fi
+for variant in definite headers indefinite; do
+  file="$DATA/cdr-$variant-${MB}mb.ber"
+  row "qortlv -hex ($variant)" "$file" "$OPENSSL" "$QORTLV" -hexadecimal "$file"
+  row "qortlv -dec ($variant)" "$file" "$OPENSSL" "$QORTLV" -decomposed "$file"
+  row "qortlv -syn ($variant)" "$file" "$OPENSSL" "$QORTLV" -syntax "$file"
+done
