@@ -1,8 +1,190 @@
-// The option loop.
+// The option loop: every argument is an input name, an option (abbreviated
+// down to its minimum length, A-Z folded), or +offset,num.
 #include "app/options.h"
 
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
 #include "app/driver.h"
+#include "runtime/context.h"
 #include "runtime/output.h"
+#include "tlv/decomposed_layout.h"
+#include "tlv/hex_layout.h"
+#include "tlv/syntax_layout.h"
+
+namespace {
+
+enum OptionNumber : int16_t {
+    OPT_NONE = 0,
+    OPT_HEXADECIMAL = 1,
+    OPT_DECOMPOSED = 2,
+    OPT_SYNTAX = 3,
+    OPT_BINARY = 4,
+    OPT_TEXT = 5,
+    OPT_NAME_FROM_STDIN = 6,
+    OPT_OUTPUT = 7,
+    OPT_RANGE = 8,
+    OPT_NO_SHORT = 9,
+    OPT_NO_ADDITION = 10,
+    OPT_NO_TITLES = 11,
+    OPT_HELP = 12,
+    OPT_FIX_ENCODING = 14,
+    OPT_NO_TRACE = 15,
+    OPT_PAD = 16,
+    OPT_NO_CDR_HEADERS = 17,
+};
+
+struct OptionRow {
+    char name[16];
+    int16_t number;
+    int16_t minimumLength;  // the shortest abbreviation, "-" included
+};
+
+// Empty rows stand at both ends; they never match.
+constexpr OptionRow kOptions[] = {
+    {"", OPT_NONE, 0},
+    {"-hexadecimal", OPT_HEXADECIMAL, 2},
+    {"-decomposed", OPT_DECOMPOSED, 2},
+    {"-syntax", OPT_SYNTAX, 2},
+    {"-binary", OPT_BINARY, 2},
+    {"-text", OPT_TEXT, 2},
+    {"-", OPT_NAME_FROM_STDIN, 1},
+    {"-output", OPT_OUTPUT, 2},
+    {"+", OPT_RANGE, 1},
+    {"-noshort", OPT_NO_SHORT, 4},
+    {"-noaddition", OPT_NO_ADDITION, 4},
+    {"-notitles", OPT_NO_TITLES, 4},
+    {"-help", OPT_HELP, 5},
+    {"-zfixencoding", OPT_FIX_ENCODING, 3},
+    {"-znotrace", OPT_NO_TRACE, 3},
+    {"-pad", OPT_PAD, 2},
+    {"-nocdrheaders", OPT_NO_CDR_HEADERS, 4},
+    {"", OPT_NONE, 0},
+};
+
+constexpr LayoutPrinter kLayouts[] = {nullptr, printHexLayout, printDecomposedLayout, printSyntaxLayout};
+
+const char kHelpText[] =
+    "Options: (.D. indicates default)\n\n"
+    "  -binary <infile>     .D.   print BER encoding from binary file\n"
+    "  -text   <infile>     ...   print BER encoding from text file\n"
+    "  +offset,num          ...   print \"num\" bytes starting at \"offset\" in\n"
+    "                             input file\n"
+    "  -decomposed          ...   print BER encoding in decomposed-TLV format\n"
+    "  -hexadecimal         .D.   print BER encoding in hexadecimal-TLV format\n"
+    "  -syntax              ...   print BER encoding in syntax-TLV format\n"
+    "  -output <outfile>    ...   write output into file\n"
+    "  -noaddition          ...   do not print additional clarifying value in hex\n"
+    "                             for INTEGER and REAL types when printing in\n"
+    "                             decomposed-TLV or syntax-TLV formats\n"
+    "  -noshort             ...   do not truncate contents of BER encoding\n"
+    "  -notitles            ...   do not print titles for type, length, contents\n"
+    "                             fields when printing in syntax-TLV format\n"
+    "  -pad <byte>          ...   skip padding areas between concatenated records\n"
+    "                             filled with <byte>s, <byte> represents a hex\n"
+    "                             number (e.g., 0x00 for hex 00, 0xFF for hex FF)\n"
+    "                             or a non-negative decimal number from 0 to 255\n"
+    "                             (e.g. 10 or 128)\n"
+    "  -nocdrheaders        ...   do not automatically detect and skip CDR headers\n"
+    "  -help                ...   print help information\n";
+
+// The first row whose name begins with the argument, A-Z folded, within the
+// row's lengths.
+int16_t lookUp(const char* argument)
+{
+    size_t length = std::strlen(argument);
+    for (const OptionRow& row : kOptions) {
+        size_t nameLength = std::strlen(row.name);
+        if (row.number == OPT_NONE || length < static_cast<size_t>(row.minimumLength) || length > nameLength) continue;
+        bool same = true;
+        for (size_t i = 0; i < length && same; ++i) {
+            char c = argument[i];
+            if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+            same = c == row.name[i];
+        }
+        if (same) return row.number;
+    }
+    return OPT_NONE;
+}
+
+// The "-" option: the input's name is one line of standard input.
+void readNameFromStdin(RunContext* context, DriverState& state)
+{
+    if (state.inputName != nullptr) exitWithMessage(context, 8, nullptr);
+    if (std::fgets(state.nameFromStdin, sizeof state.nameFromStdin, stdin) == nullptr) {
+        exitWithMessage(context, 9, nullptr);
+    }
+    size_t length = std::strlen(state.nameFromStdin);
+    if (length > 0 && state.nameFromStdin[length - 1] == '\n') state.nameFromStdin[length - 1] = '\0';
+    state.inputName = state.nameFromStdin;
+}
+
+// -binary and -text: the next argument is the input's name.
+int takeInputName(RunContext* context, DriverState& state, int argc, char** argv, int at)
+{
+    if (state.inputName != nullptr) exitWithMessage(context, 8, nullptr);
+    if (at + 1 >= argc) exitWithMessage(context, 5, nullptr);
+    const char* next = argv[at + 1];
+    if (next[0] == '-' && next[1] != '\0') exitWithMessage(context, 5, nullptr);
+    if (std::strcmp(next, "-") == 0) {
+        readNameFromStdin(context, state);
+    } else {
+        state.inputName = next;
+    }
+    return at + 1;
+}
+
+// -output and -zfixencoding: the next argument is a file's name.
+int takeFileName(RunContext* context, const char*& name, int argc, char** argv, int at)
+{
+    if (name != nullptr) exitWithMessage(context, 10, nullptr);
+    if (at + 1 >= argc || argv[at + 1][0] == '-') exitWithMessage(context, 6, nullptr);
+    name = argv[at + 1];
+    return at + 1;
+}
+
+// The pad byte, in the base its text shows: 0x.. hexadecimal, 0.. octal,
+// else decimal, behind optional white space and a sign.
+int takePadByte(RunContext* context, int argc, char** argv, int at)
+{
+    if (at + 1 >= argc || argv[at + 1][0] == '-') exitWithMessage(context, 14, nullptr);
+    const char* text = argv[at + 1];
+    char* end = nullptr;
+    errno = 0;
+    long value = std::strtol(text, &end, 0);
+    if (*end != '\0' || errno != 0 || value > 255) exitWithMessage(context, 15, text);
+    context->padByteSpec = static_cast<uint32_t>(value) + 1;
+    return at + 1;
+}
+
+// +offset,num
+void takeRange(RunContext* context, DriverState& state, const char* argument)
+{
+    const char* range = argument + 1;
+    if (*range == '\0') exitWithMessage(context, 12, argument);
+    const char* comma = std::strchr(range, ',');
+    if (comma != nullptr && comma[1] == '\0') exitWithMessage(context, 13, argument);
+    if (comma == range) exitWithMessage(context, 12, range);
+    size_t digits = comma != nullptr ? static_cast<size_t>(comma - range) : std::strlen(range);
+    state.offset = parseDecimal(range, digits, context, 12);
+    if (comma != nullptr) state.count = parseDecimal(comma + 1, std::strlen(comma + 1), context, 13);
+}
+
+}  // namespace
+
+uint32_t parseDecimal(const char* text, size_t count, RunContext* context, int errorIndex)
+{
+    uint32_t value = 0;
+    for (size_t i = 0; i < count; ++i) {
+        if (text[i] < '0' || text[i] > '9') exitWithMessage(context, errorIndex, text);
+        value = value * 10 + static_cast<uint32_t>(text[i] - '0');  // no overflow check, as ever
+        if (value == 0xFFFFFFFF) break;
+    }
+    return value;
+}
 
 OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc, char** argv)
 {
@@ -10,14 +192,70 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
         printUsage(context);
         return OptionsOutcome::Finished;
     }
-    for (int i = 1; i < argc; ++i) {
-        const char* argument = argv[i];
-        if (argument[0] != '-' && argument[0] != '+') {
+    for (int at = 1; at < argc; ++at) {
+        const char* argument = argv[at];
+        if (argument[0] == '+') {
+            takeRange(context, state, argument);
+            continue;
+        }
+        if (argument[0] != '-') {
             if (state.inputName != nullptr) exitWithMessage(context, 8, nullptr);
             state.inputName = argument;
             continue;
         }
-        exitWithMessage(context, 7, argument);
+        int16_t number = lookUp(argument);
+        if (state.printer != nullptr && number >= OPT_HEXADECIMAL && number <= OPT_SYNTAX) {
+            qorPrint(context, "Ignored extra TLV-format option: %s.\n", argument);
+            continue;
+        }
+        switch (number) {
+            case OPT_HEXADECIMAL:
+            case OPT_DECOMPOSED:
+            case OPT_SYNTAX:
+                state.printer = kLayouts[number];
+                break;
+            case OPT_TEXT:
+                context->toolFlags |= TLV_TEXT_INPUT;
+                state.binaryInput = false;
+                at = takeInputName(context, state, argc, argv, at);
+                break;
+            case OPT_BINARY:
+                at = takeInputName(context, state, argc, argv, at);
+                break;
+            case OPT_NAME_FROM_STDIN:
+                readNameFromStdin(context, state);
+                break;
+            case OPT_OUTPUT:
+                at = takeFileName(context, state.outputName, argc, argv, at);
+                break;
+            case OPT_FIX_ENCODING:
+                context->toolFlags |= TLV_FIX_ENCODING;
+                at = takeFileName(context, state.repairName, argc, argv, at);
+                break;
+            case OPT_NO_TRACE:
+                context->toolFlags &= ~TLV_TRACE_FIXUPS;
+                break;
+            case OPT_NO_SHORT:
+                context->toolFlags |= TLV_NO_SHORT;
+                break;
+            case OPT_NO_ADDITION:
+                context->toolFlags |= TLV_NO_ADDITION;
+                break;
+            case OPT_NO_TITLES:
+                context->toolFlags |= TLV_NO_TITLES;
+                break;
+            case OPT_NO_CDR_HEADERS:
+                context->toolFlags |= TLV_NO_CDR_HEADERS;
+                break;
+            case OPT_PAD:
+                at = takePadByte(context, argc, argv, at);
+                break;
+            case OPT_HELP:
+                qorPrint(context, "%s", kHelpText);
+                return OptionsOutcome::Finished;
+            default:
+                exitWithMessage(context, 7, argument);
+        }
     }
     return OptionsOutcome::Run;
 }

@@ -1,6 +1,7 @@
 // The command line: options, abbreviations, usage and driver messages.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 struct RunContext;
@@ -18,6 +19,10 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
 [[noreturn]] void exitWithMessage(RunContext* context, int index, const char* text);
 
 void printUsage(RunContext* context);
+
+// Reads exactly `count` characters as a decimal number; a character that is
+// not a digit ends the run with the driver message `errorIndex`.
+uint32_t parseDecimal(const char* text, size_t count, RunContext* context, int errorIndex);
 
 // The driver message of an index from 1 to 15.
 const char* driverMessage(int index);

@@ -52,7 +52,7 @@ int qorStartContext(RunContext* context, const ControlTable* table)
         return QOR_BAD_TABLE_VERSION;
     }
     context->controlTable = table;
-    if (table->init != nullptr) table->init(context);
+    if (table->initFn != nullptr) table->initFn(context);
     qorSetRules(context, 0);
     state->tableFlags = table->flags;
     state->maxStringNesting = 10;

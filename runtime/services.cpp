@@ -1,10 +1,17 @@
 #include "runtime/services.h"
 
 #include <cstdlib>
+#include <cstring>
 
+#include "decoder/control_table.h"
+#include "decoder/errors.h"
 #include "runtime/context.h"
+#include "runtime/runtime_catalog.h"
 
 namespace {
+
+constexpr uint32_t kChunkMinimum = 5120;  // usable bytes of a scratch stack chunk
+constexpr uint32_t kChunkHead = 16;
 
 void* processAlloc(size_t size)
 {
@@ -26,7 +33,236 @@ void forwardFree(RunContext* context, void* block)
     context->freeFn(block);
 }
 
-constexpr ServiceTable kServices = {processAlloc, processFree};
+size_t tableBytes(uint8_t capacityLog2)
+{
+    return sizeof(BlockTable) + (static_cast<size_t>(1) << capacityLog2) * sizeof(BlockEntry) - sizeof(BlockEntry);
+}
+
+BlockTable* newTable(RunContext* context)
+{
+    auto* table = static_cast<BlockTable*>(allocChecked(context, static_cast<uint32_t>(tableBytes(0)), true));
+    table->capacityLog2 = 0;
+    return table;
+}
+
+// Doubles a full table: the new one takes the old one's place in the chain.
+BlockTable* grow(RunContext* context, BlockTable* table)
+{
+    uint8_t log2 = static_cast<uint8_t>(table->capacityLog2 + 1);
+    auto* larger = static_cast<BlockTable*>(allocChecked(context, static_cast<uint32_t>(tableBytes(log2)), true));
+    std::memcpy(static_cast<void*>(larger), table, tableBytes(table->capacityLog2));
+    larger->capacityLog2 = log2;
+    context->memory.freeHook(context, table);
+    if (larger->backLink != nullptr) *larger->backLink = larger;
+    if (larger->next != nullptr) larger->next->backLink = &larger->next;
+    return larger;
+}
+
+bool isFull(const BlockTable* table)
+{
+    return table->count >= (1 << table->capacityLog2);
+}
+
+// Input.
+const uint8_t* svcOpenInput(RunContext* context, const uint8_t** input, uint32_t* length)
+{
+    context->memory.inputStart = *input;
+    context->memory.inputSize = *length;
+    return *input;
+}
+
+uint32_t svcCloseInput(RunContext* context, const uint8_t** input, uint32_t used)
+{
+    if (used > context->memory.inputSize) raiseMemoryError(context, 0, used);
+    *input = context->memory.inputStart + used;
+    return context->memory.inputSize - used;
+}
+
+void svcInputExhausted(RunContext* context)
+{
+    reportError(context, RT_END_OF_INPUT);
+}
+
+// The value heap.
+void svcOpenValues(RunContext* context)
+{
+    MemoryState& memory = context->memory;
+    memory.valueTotal = 0;
+    BlockTable* table = newTable(context);
+    table->next = memory.valueTables;
+    table->backLink = &memory.valueTables;
+    if (table->next != nullptr) table->next->backLink = &table->next;
+    memory.valueTables = table;
+}
+
+void releaseTables(RunContext* context, bool releaseBlocks)
+{
+    MemoryState& memory = context->memory;
+    while (memory.valueTables != nullptr) {
+        BlockTable* table = memory.valueTables;
+        if (releaseBlocks) {
+            for (int32_t i = table->count - 1; i >= 0; --i) memory.freeHook(context, table->entries[i].block);
+        }
+        memory.valueTables = table->next;
+        memory.freeHook(context, table);
+    }
+}
+
+uint32_t svcCloseValues(RunContext* context, void** root)
+{
+    releaseTables(context, false);
+    if (context->memory.valueTotal == 0 && root != nullptr) *root = nullptr;
+    return context->memory.valueTotal;
+}
+
+void* svcAllocValue(RunContext* context, uint32_t size, uint32_t)
+{
+    MemoryState& memory = context->memory;
+    if (size == 0) raiseMemoryError(context, 2, 0);
+    uint64_t rounded = (static_cast<uint64_t>(size) + memory.valueAlignment - 1) / memory.valueAlignment *
+                       memory.valueAlignment;
+    if (rounded == 0 || rounded > 0x7fffffff) raiseMemoryError(context, 3, size);
+    BlockTable* table = memory.valueTables;
+    if (isFull(table)) table = grow(context, table);
+    void* block = allocChecked(context, size, true);
+    table->entries[table->count++] = {block, size, 0};
+    memory.valueTotal += static_cast<uint32_t>(rounded);
+    return block;
+}
+
+void svcDropValues(RunContext* context, void*, void*, void*)
+{
+    releaseTables(context, true);
+    context->memory.valueTotal = 0;
+}
+
+// The scratch table.
+void svcOpenScratch(RunContext* context)
+{
+    MemoryState& memory = context->memory;
+    memory.scratchTable = nullptr;
+    memory.valueAlignment = 8;
+    memory.scratchHeader = 4;
+    memory.scratchTable = newTable(context);
+}
+
+void* svcAllocScratch(RunContext* context, uint32_t size)
+{
+    MemoryState& memory = context->memory;
+    if (size == 0) raiseMemoryError(context, 2, 0);
+    BlockTable* table = memory.scratchTable;
+    // Entries released at the end of the table are taken back.
+    while (table->count > 0 && table->entries[table->count - 1].size == 0) --table->count;
+    if (isFull(table)) {
+        table->backLink = nullptr;
+        table->next = nullptr;
+        table = grow(context, table);
+        memory.scratchTable = table;
+    }
+    auto* block = static_cast<uint8_t*>(allocChecked(context, memory.scratchHeader + size, true));
+    auto index = static_cast<uint32_t>(table->count);
+    std::memcpy(block, &index, sizeof index);
+    table->entries[table->count++] = {block, size, 0};
+    return block + memory.scratchHeader;
+}
+
+void svcCloseScratch(RunContext* context)
+{
+    MemoryState& memory = context->memory;
+    BlockTable* table = memory.scratchTable;
+    if (table == nullptr) return;
+    for (int32_t i = table->count - 1; i >= 0; --i) {
+        if (table->entries[i].size != 0) memory.freeHook(context, table->entries[i].block);
+    }
+    memory.freeHook(context, table);
+    memory.scratchTable = nullptr;
+    memory.scratchArena = nullptr;
+}
+
+void* svcLock(RunContext*, void* handle)
+{
+    return handle;
+}
+
+void svcUnlock(RunContext* context, void* handle, bool release)
+{
+    if (!release || handle == nullptr) return;
+    MemoryState& memory = context->memory;
+    uint8_t* block = static_cast<uint8_t*>(handle) - memory.scratchHeader;
+    uint32_t index;
+    std::memcpy(&index, block, sizeof index);
+    BlockTable* table = memory.scratchTable;
+    if (table != nullptr && index < static_cast<uint32_t>(table->count) && table->entries[index].block == block) {
+        table->entries[index].size = 0;
+        memory.freeHook(context, block);
+    }
+}
+
+void svcFreeBlock(RunContext* context, void* block)
+{
+    context->memory.freeHook(context, block);
+}
+
+// The data pointer of a length-and-pointer form stands behind the length,
+// at the next pointer boundary.
+size_t dataPointerOffset(const TypeRecord& type)
+{
+    return (type.lengthWidth + alignof(void*) - 1) / alignof(void*) * alignof(void*);
+}
+
+bool hasLengthAndPointer(uint32_t kind)
+{
+    switch (kind) {
+        case KIND_BIT_STRING: case KIND_OCTET_STRING: case KIND_COUNTED_TEXT: case KIND_BMP_TEXT:
+        case KIND_UNIVERSAL_TEXT: case KIND_HUGE_INTEGER: case KIND_OBJECT_IDENTIFIER: case KIND_RELATIVE_OID:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Releases what a value of `type` holds beyond its own block.
+void freeDependents(RunContext* context, const TypeRecord& type, void* slot)
+{
+    if ((type.typeFlags & TF_INDIRECT) != 0) {
+        void* pointed = *static_cast<void**>(slot);
+        if (pointed != nullptr) context->services->svcFreeBlock(context, pointed);
+        return;
+    }
+    if (hasLengthAndPointer(type.kind)) {
+        void* data = *reinterpret_cast<void**>(static_cast<uint8_t*>(slot) + dataPointerOffset(type));
+        if (data != nullptr) context->services->svcFreeBlock(context, data);
+    }
+}
+
+int svcFreeValue(RunContext* context, int pdu, void* value, const ControlTable* table)
+{
+    if (table == nullptr || pdu <= 0 || pdu > table->pduCount || table->pduMap[pdu - 1] == NO_PDU) return 33;
+    if (value == nullptr) return 0;
+    freeDependents(context, typeOfPdu(*table, pdu), value);
+    context->services->svcFreeBlock(context, value);
+    return 0;
+}
+
+void* svcMapValue(RunContext*, void* value, uint32_t)
+{
+    return value;
+}
+
+void svcUnmapValue(RunContext*, void*) {}
+
+void svcGetMemoryHooks(RunContext* context, void* (**allocHook)(RunContext*, uint32_t),
+                       void (**freeHook)(RunContext*, void*))
+{
+    if (allocHook != nullptr) *allocHook = context->memory.allocHook;
+    if (freeHook != nullptr) *freeHook = context->memory.freeHook;
+}
+
+constexpr ServiceTable kServices = {
+    svcOpenInput,    svcCloseInput,  svcInputExhausted, svcOpenValues, svcCloseValues, svcAllocValue,
+    svcOpenScratch,  svcCloseScratch, svcAllocScratch,  svcLock,       svcUnlock,      svcFreeBlock,
+    svcFreeValue,    svcDropValues,  svcMapValue,       svcUnmapValue, svcGetMemoryHooks,
+};
 
 }  // namespace
 
@@ -36,15 +272,101 @@ const ServiceTable* svcInstall(RunContext* context)
     context->freeFn = processFree;
     context->memory.allocHook = forwardAlloc;
     context->memory.freeHook = forwardFree;
+    context->memory.valueAlignment = 8;
+    context->memory.scratchHeader = 4;
     return &kServices;
 }
 
 void* qorAlloc(RunContext* context, size_t size)
 {
-    return context->memory.allocHook(context, static_cast<uint32_t>(size));
+    void* (*allocHook)(RunContext*, uint32_t) = nullptr;
+    context->services->svcGetMemoryHooks(context, &allocHook, nullptr);
+    return allocHook(context, static_cast<uint32_t>(size));
 }
 
 void qorFree(RunContext* context, void* block)
 {
-    if (block != nullptr) context->memory.freeHook(context, block);
+    if (block == nullptr) return;
+    void (*freeHook)(RunContext*, void*) = nullptr;
+    context->services->svcGetMemoryHooks(context, nullptr, &freeHook);
+    freeHook(context, block);
+}
+
+void* allocChecked(RunContext* context, uint32_t size, bool clear)
+{
+    void* block = context->memory.allocHook(context, size);
+    if (block == nullptr) reportError(context, RT_OUT_OF_MEMORY, static_cast<int64_t>(size));
+    if (clear) std::memset(block, 0, size);
+    return block;
+}
+
+void raiseMemoryError(RunContext* context, int code, int64_t argument)
+{
+    switch (code) {
+        case 0: reportError(context, RT_END_OF_INPUT);
+        case 2: reportError(context, RT_ZERO_BYTES);
+        case 3: reportError(context, RT_BLOCK_TOO_LARGE, argument);
+        default: reportError(context, RT_OUT_OF_MEMORY, argument);
+    }
+}
+
+int qorFreeValue(RunContext* context, int pdu, void* value)
+{
+    if (context == nullptr) return 6;
+    return context->services->svcFreeValue(context, pdu, value, context->controlTable);
+}
+
+void* scratchStackPush(RunContext* context, uint32_t size)
+{
+    MemoryState& memory = context->memory;
+    ScratchChunk* chunk = memory.scratchArena;
+    if (chunk != nullptr) {
+        auto* start = reinterpret_cast<uint8_t*>(chunk) + kChunkHead;
+        size_t used = static_cast<size_t>(chunk->cursor - start);
+        chunk->cursor = start + (used + 7) / 8 * 8;
+        if (chunk->cursor <= chunk->end && static_cast<size_t>(chunk->end - chunk->cursor) >= size) {
+            uint8_t* area = chunk->cursor;
+            std::memset(area, 0, size);
+            chunk->cursor += size;
+            return area;
+        }
+    }
+    uint32_t usable = size > kChunkMinimum ? size : kChunkMinimum;
+    void* handle = context->services->svcAllocScratch(context, usable + kChunkHead);
+    auto* fresh = static_cast<ScratchChunk*>(context->services->svcLock(context, handle));
+    fresh->previous = chunk;
+    fresh->handle = handle;
+    auto* area = reinterpret_cast<uint8_t*>(fresh) + kChunkHead;
+    fresh->end = area + usable;
+    fresh->cursor = area + size;
+    memory.scratchArena = fresh;
+    std::memset(area, 0, size);
+    return area;
+}
+
+void scratchStackPop(RunContext* context, void* mark)
+{
+    if (mark == nullptr) return;
+    MemoryState& memory = context->memory;
+    ScratchChunk* chunk = memory.scratchArena;
+    auto* target = static_cast<uint8_t*>(mark);
+    // Chunks that the mark doesn't lie in are given back whole.
+    while (chunk != nullptr && chunk->previous != nullptr &&
+           !(target >= reinterpret_cast<uint8_t*>(chunk) + kChunkHead && target <= chunk->end)) {
+        ScratchChunk* older = chunk->previous;
+        context->services->svcUnlock(context, chunk->handle, true);
+        chunk = older;
+    }
+    memory.scratchArena = chunk;
+    if (chunk != nullptr) chunk->cursor = target;
+}
+
+void scratchStackEnd(RunContext* context)
+{
+    MemoryState& memory = context->memory;
+    if (memory.scratchArena != nullptr && memory.scratchUsers > 0) {
+        if (--memory.scratchUsers == 0) memory.scratchArena = nullptr;
+    } else if (memory.scratchArena == nullptr) {
+        memory.scratchUsers = 0;
+    }
 }

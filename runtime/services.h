@@ -1,15 +1,55 @@
-// Memory services: plain blocks for the tool, and the process-wide table of
-// memory and input operations that the decoder reaches memory through.
+// Memory services: plain blocks for the tool, and for the decoder the blocks
+// of a decoded value (a value heap), scratch blocks that live for one decode
+// (the scratch table), and small work areas inside them (the scratch stack).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
 struct RunContext;
+struct ControlTable;
+
+struct BlockEntry {
+    void* block;
+    uint32_t size;  // 0 marks a released scratch block
+    uint32_t spare;
+};
+
+// A table of blocks that grows by doubling in place of itself.
+struct BlockTable {
+    BlockTable* next;        // older table in the chain
+    BlockTable** backLink;   // the field that points at this table
+    int32_t count;
+    uint8_t capacityLog2;
+    BlockEntry entries[1];
+};
+
+struct ScratchChunk {
+    ScratchChunk* previous;
+    uint8_t* cursor;
+    uint8_t* end;
+    void* handle;
+};
 
 struct ServiceTable {
-    void* (*allocBlock)(size_t size);
-    void (*freeBlock)(void* block);
+    const uint8_t* (*svcOpenInput)(RunContext*, const uint8_t** input, uint32_t* length);
+    uint32_t (*svcCloseInput)(RunContext*, const uint8_t** input, uint32_t used);
+    void (*svcInputExhausted)(RunContext*);
+    void (*svcOpenValues)(RunContext*);
+    uint32_t (*svcCloseValues)(RunContext*, void** root);
+    void* (*svcAllocValue)(RunContext*, uint32_t size, uint32_t spare);
+    void (*svcOpenScratch)(RunContext*);
+    void (*svcCloseScratch)(RunContext*);
+    void* (*svcAllocScratch)(RunContext*, uint32_t size);
+    void* (*svcLock)(RunContext*, void* handle);
+    void (*svcUnlock)(RunContext*, void* handle, bool release);
+    void (*svcFreeBlock)(RunContext*, void* block);
+    int (*svcFreeValue)(RunContext*, int pdu, void* value, const ControlTable* table);
+    void (*svcDropValues)(RunContext*, void*, void*, void*);
+    void* (*svcMapValue)(RunContext*, void* value, uint32_t size);
+    void (*svcUnmapValue)(RunContext*, void* value);
+    void (*svcGetMemoryHooks)(RunContext*, void* (**allocHook)(RunContext*, uint32_t),
+                              void (**freeHook)(RunContext*, void*));
 };
 
 // Fills the process's one table and sets the context's memory functions to
@@ -19,3 +59,14 @@ const ServiceTable* svcInstall(RunContext* context);
 // Plain blocks; every caller tests for null. The contents are not cleared.
 void* qorAlloc(RunContext* context, size_t size);
 void qorFree(RunContext* context, void* block);
+// A block for the decoder; raises 0008S when none can be had.
+void* allocChecked(RunContext* context, uint32_t size, bool clear);
+// Codes of the memory services turned into runtime failures.
+[[noreturn]] void raiseMemoryError(RunContext* context, int code, int64_t argument);
+
+int qorFreeValue(RunContext* context, int pdu, void* value);
+
+// Short-lived work areas of a decode.
+void* scratchStackPush(RunContext* context, uint32_t size);
+void scratchStackPop(RunContext* context, void* mark);
+void scratchStackEnd(RunContext* context);

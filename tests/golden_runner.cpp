@@ -213,7 +213,7 @@ int main(int argc, char** argv)
     ::testing::InitGoogleTest(&argc, argv);
     for (int i = 1; i < argc; ++i) {
         std::string arg = argv[i];
-        if (arg.rfind("--binary=", 0) == 0) gBinary = arg.substr(9);
+        if (arg.rfind("--binary=", 0) == 0) gBinary = fs::absolute(arg.substr(9)).string();
         if (arg.rfind("--cases=", 0) == 0) gCases = arg.substr(8);
     }
     if (gBinary.empty() || gCases.empty()) {

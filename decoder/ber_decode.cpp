@@ -1,0 +1,332 @@
+#include "decoder/ber_decode.h"
+
+#include <cstring>
+
+#include "decoder/control_table.h"
+#include "decoder/decoder.h"
+#include "decoder/errors.h"
+#include "decoder/kinds.h"
+#include "runtime/context.h"
+#include "runtime/runtime_catalog.h"
+#include "runtime/services.h"
+
+namespace {
+
+constexpr uint32_t DECODER_NO_CONSTRAINTS = 0x800;
+
+DecodeState& decodeOf(RunContext* context)
+{
+    return context->decode;
+}
+
+// Takes `count` octets under the PDU's definite length.
+void takeFromPdu(RunContext* context, uint32_t count)
+{
+    DecodeState& decode = decodeOf(context);
+    if (decode.pduRemaining == -1) return;
+    if (static_cast<uint32_t>(decode.pduRemaining) < count) {
+        reportError(context, RT_PDU_END_OF_INPUT, decode.pduRemaining);
+    }
+    decode.pduRemaining -= static_cast<int32_t>(count);
+}
+
+// The octets of the PDU's first header are counted, up to a limit.
+void captureHeaderOctet(RunContext* context, uint8_t octet)
+{
+    DecodeState& decode = decodeOf(context);
+    if ((decode.decodeMode & MODE_CAPTURE_HEADER) == 0) return;
+    if (decode.headerOctets >= HEADER_CAPTURE_LIMIT) {
+        reportError(context, RT_TAG_LEADING_OCTETS, decode.headerOctets);
+    }
+    decode.headerCapture[decode.headerOctets++] = octet;
+}
+
+// Releases what a failed decode holds, as the failure path asks.
+void cleanUpFailure(RunContext* context, void** value, bool inputOpened, bool valueComplete, int pdu)
+{
+    DecodeState& decode = decodeOf(context);
+    const ServiceTable* services = context->services;
+    if (inputOpened) decode.consumedOctets = static_cast<int32_t>(decode.inputOffset);
+    scratchStackEnd(context);
+    services->svcCloseScratch(context);
+    if (valueComplete && *value != nullptr) {
+        services->svcCloseValues(context, value);
+        services->svcFreeValue(context, pdu, *value, decode.decodeTable);
+    } else {
+        services->svcDropValues(context, nullptr, nullptr, nullptr);
+        services->svcCloseValues(context, value);
+    }
+    *value = nullptr;
+    decode.valueBytes = 0;
+}
+
+}  // namespace
+
+uint8_t inputPeek(RunContext* context)
+{
+    DecodeState& decode = decodeOf(context);
+    if (decode.inputOffset >= decode.inputLength) context->services->svcInputExhausted(context);
+    return decode.inputBase[decode.inputOffset];
+}
+
+uint8_t inputByte(RunContext* context)
+{
+    DecodeState& decode = decodeOf(context);
+    if (decode.inputOffset >= decode.inputLength) context->services->svcInputExhausted(context);
+    takeFromPdu(context, 1);
+    uint8_t octet = decode.inputBase[decode.inputOffset++];
+    captureHeaderOctet(context, octet);
+    return octet;
+}
+
+void inputCopy(RunContext* context, uint32_t count, uint8_t* target)
+{
+    DecodeState& decode = decodeOf(context);
+    takeFromPdu(context, count);
+    uint32_t available = decode.inputLength - decode.inputOffset;
+    if (count > available) context->services->svcInputExhausted(context);
+    std::memcpy(target, decode.inputBase + decode.inputOffset, count);
+    decode.inputOffset += count;
+}
+
+void inputSkip(RunContext* context, uint32_t count)
+{
+    DecodeState& decode = decodeOf(context);
+    takeFromPdu(context, count);
+    if (count > decode.inputLength - decode.inputOffset) context->services->svcInputExhausted(context);
+    decode.inputOffset += count;
+}
+
+uint16_t berReadTag(RunContext* context, bool& constructed, uint32_t& octets)
+{
+    uint8_t first = inputByte(context);
+    ++octets;
+    constructed = (first & 0x20) != 0;
+    auto tagClass = static_cast<uint16_t>(first >> 6);
+    uint32_t number = first & 0x1F;
+    if (number == 0x1F) {
+        uint8_t octet = inputByte(context);
+        ++octets;
+        bool leadingZero = false;
+        while (octet == 0x80) {
+            leadingZero = true;
+            octet = inputByte(context);
+            ++octets;
+        }
+        number = octet & 0x7F;
+        while ((octet & 0x80) != 0) {
+            if ((number & 0xfe00) != 0) {
+                // More groups than 16 bits hold: read the rest, then refuse.
+                while ((octet & 0x80) != 0) {
+                    octet = inputByte(context);
+                    ++octets;
+                }
+                reportError(context, RT_TAG_TOO_LONG, number);
+            }
+            octet = inputByte(context);
+            ++octets;
+            number = ((number << 7) | (octet & 0x7F)) & 0xFFFF;
+        }
+        if (leadingZero || number < 31) reportError(context, RT_TAG_NEEDLESSLY_LONG);
+    }
+    return static_cast<uint16_t>(number | (tagClass << 14));
+}
+
+int32_t berReadLength(RunContext* context, uint32_t& octets)
+{
+    uint8_t first = inputByte(context);
+    ++octets;
+    if (first == 0x80) return -1;
+    if (first < 0x80) return first;
+    uint32_t value = 0;
+    bool dropped = false;
+    for (int i = first & 0x7F; i > 0; --i) {
+        uint8_t octet = inputByte(context);
+        ++octets;
+        if ((value >> 24) == 0) {
+            value = (value << 8) | octet;
+        } else {
+            dropped = true;
+        }
+    }
+    if (dropped || (value & 0x80000000) != 0) reportError(context, RT_LENGTH_TOO_LONG, static_cast<int64_t>(value));
+    return static_cast<int32_t>(value);
+}
+
+uint32_t berReadHeader(RunContext* context, uint16_t& tag, int32_t& length, int32_t& eocPending, bool& constructed,
+                       bool keepEoc)
+{
+    constructed = false;
+    tag = 0;
+    length = 0;
+    if (!keepEoc) eocPending = 0;
+    uint32_t octets = 0;
+    tag = berReadTag(context, constructed, octets);
+    length = berReadLength(context, octets);
+    if (length == -1) ++eocPending;
+    if (tag == 0) reportError(context, length == 0 ? RT_EXPECTED_TAG_FOUND_EOC : RT_NONSTANDARD_EOC);
+    if (!constructed && length == -1) reportError(context, RT_PRIMITIVE_INDEFINITE);
+    return octets;
+}
+
+uint32_t berSkipEoc(RunContext* context, int32_t& eocPending)
+{
+    uint32_t consumed = 0;
+    while (eocPending > 0) {
+        if (inputPeek(context) != 0) break;
+        inputByte(context);
+        if (inputByte(context) != 0) reportError(context, RT_NONSTANDARD_EOC);
+        consumed += 2;
+        --eocPending;
+    }
+    return consumed;
+}
+
+uint32_t berDecodeType(DecodeCall& call, uint16_t tag, int32_t length, int32_t& eocPending, bool constructed)
+{
+    RunContext* context = call.context;
+    const TypeRecord& type = *call.type;
+    ErrorFrame frame = {nullptr, nullptr, errorNameOfType(type), 0, FRAME_TYPE};
+    FramePush push(context, frame);
+    (void)tag;
+    if (!constructed && length == -1) reportError(context, RT_PRIMITIVE_INDEFINITE);
+    if (call.bounded && length > call.remaining) reportError(context, RT_INCONSISTENT_LENGTHS);
+    call.unit = 0;
+    call.total = 0;
+    call.offset = 0;
+    KindRoutine routine = kindRoutine(context, type.kind);
+    uint32_t consumed = routine(call, length, eocPending, constructed);
+    if (call.bounded && consumed > static_cast<uint32_t>(call.remaining)) reportError(context, RT_INCONSISTENT_LENGTHS);
+    if (!constructed) {
+        berSkipEoc(context, eocPending);
+        if (eocPending > 0) reportError(context, RT_EXPECTED_EOC);
+    }
+    return consumed;
+}
+
+int berDecodePdu(RunContext* context, int pdu, void** value)
+{
+    DecodeState& decode = decodeOf(context);
+    decode.pduRemaining = -1;
+    const TypeRecord& type = typeOfPdu(*decode.decodeTable, pdu);
+    decode.currentPdu = pdu;
+
+    uint16_t tag = 0;
+    int32_t length = 0;
+    int32_t eocPending = 0;
+    bool constructed = false;
+    decode.decodeMode |= MODE_CAPTURE_HEADER;
+    uint32_t header = berReadHeader(context, tag, length, eocPending, constructed, false);
+    decode.decodeMode &= ~MODE_CAPTURE_HEADER;
+
+    DecodeCall call = {nullptr, context, &type, 0, 0, 0, 0, false};
+    if (length >= 0) {
+        decode.pduRemaining = length;
+        call.bounded = true;
+        call.remaining = length;
+    }
+    decode.errorFrames->number = pdu;
+    uint16_t expected = firstTagOfType(*decode.decodeTable, type);
+    if (tag != expected) reportError(context, RT_PDU_TAG_MISMATCH, static_cast<int64_t>(tag) | (static_cast<int64_t>(expected) << 16));
+
+    uint32_t slotSize = (type.typeFlags & TF_INDIRECT) != 0 ? sizeof(void*) : valueSlotSize(type);
+    call.value = context->services->svcAllocValue(context, slotSize, 0);
+    *value = call.value;
+    uint32_t consumed = berDecodeType(call, tag, length, eocPending, constructed);
+    decode.consumedOctets = static_cast<int32_t>(consumed + header);
+    return pdu;
+}
+
+int berEncoderPresent(RunContext*)
+{
+    return 0;
+}
+
+int qorBerDecode(RunContext* context, int pdu, BerBuffer* buffer, void** value, uint32_t)
+{
+    DecodeState& decode = decodeOf(context);
+    const ServiceTable* services = context->services;
+    decode.consumedOctets = 0;
+    decode.decodeMode = 0;
+    decode.stringNesting = 0;
+    decode.headerOctets = 0;
+    bool inputOpened = false;
+    bool valueComplete = false;
+    ErrorFrame root = {nullptr, nullptr, nullptr, 0, FRAME_ROOT};
+    try {
+        decode.currentPdu = 0;
+        decode.errorFrames = nullptr;
+        decode.runtimeResult = 0;
+        decode.decoding = 1;
+        decode.decodeTable = context->controlTable;
+        const ControlTable& table = *decode.decodeTable;
+        if (pdu <= 0 || pdu > table.pduCount || table.pduMap[pdu - 1] == NO_PDU) reportError(context, RT_PDU_RANGE, pdu);
+        FramePush rootFrame(context, root);
+        if (table.version != CONTROL_TABLE_VERSION) reportError(context, RT_VERSION, CONTROL_TABLE_VERSION);
+        if (value == nullptr || buffer->data == nullptr) reportError(context, RT_NULL_POINTER);
+        if (static_cast<int32_t>(buffer->length) < 0) {
+            reportError(context, RT_NEGATIVE_LENGTH, static_cast<int32_t>(buffer->length));
+        }
+        const uint8_t* input = buffer->data;
+        uint32_t length = buffer->length;
+        decode.inputBase = services->svcOpenInput(context, &input, &length);
+        decode.inputOffset = 0;
+        decode.inputLength = length;
+        inputOpened = true;
+        services->svcOpenValues(context);
+        services->svcOpenScratch(context);
+        ++context->memory.scratchUsers;
+
+        berDecodePdu(context, pdu, value);
+        valueComplete = true;
+        const RunState* state = context->state;
+        if (decode.runtimeResult == 0 && state->hooks.constraintEntry != nullptr &&
+            (table.flags & TABLE_HAS_CONSTRAINTS) != 0 && (context->decoderFlags & DECODER_NO_CONSTRAINTS) == 0) {
+            decode.decodeMode |= MODE_CHECKING;
+            state->hooks.constraintEntry(context, pdu, *value, decode.decodeTable);
+            decode.decodeMode &= ~MODE_CHECKING;
+        }
+        services->svcCloseInput(context, &input, decode.inputOffset);
+        decode.consumedOctets = static_cast<int32_t>(decode.inputOffset);
+        scratchStackEnd(context);
+        decode.valueBytes = services->svcCloseValues(context, value);
+        services->svcCloseScratch(context);
+        decode.decoding = 0;
+        return decode.runtimeResult;
+    } catch (const DecodeFailure& failure) {
+        decode.errorFrames = nullptr;
+        decode.decoding = 0;
+        int32_t code = decode.runtimeResult != 0 ? decode.runtimeResult : failure.code;
+        if (code == 3 || code == 6 || code == 7 || code == 19 || !inputOpened) {
+            if (value != nullptr) *value = nullptr;
+            return code;
+        }
+        try {
+            cleanUpFailure(context, value, inputOpened, valueComplete, pdu);
+        } catch (const DecodeFailure&) {
+            *value = nullptr;
+            return code == 19 ? 19 : 18;
+        }
+        return code;
+    }
+}
+
+int qorDecode(RunContext* context, int& pdu, BerBuffer& buffer, void*& value)
+{
+    if (context == nullptr) return 6;
+    if (buffer.data == nullptr) {
+        buildErrorText(context, context->errorText, sizeof context->errorText, RT_NULL_POINTER, 0, {});
+        return 6;
+    }
+    if (context->controlTable == nullptr) {
+        buildErrorText(context, context->errorText, sizeof context->errorText, RT_NULL_TABLE, 0, {});
+        return 20;
+    }
+    const uint32_t flags = context->decoderFlags;
+    context->errorText[0] = '\0';
+    context->decode.errorTextPtr = context->errorText;
+    value = nullptr;
+    int result = context->state->hooks.decoderEntry(context, pdu, &buffer, &value, flags);
+    context->decoderFlags = flags;
+    return result;
+}

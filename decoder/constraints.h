@@ -1,0 +1,14 @@
+// The constraint pass: whether a decoded value is a value of its type.
+#pragma once
+
+#include <cstdint>
+
+struct RunContext;
+struct ControlTable;
+struct TypeRecord;
+
+void qorCheckConstraints(RunContext* context, int pdu, void* value, const ControlTable* table);
+// False on the first octet outside the type's permitted alphabet, which
+// `bad` receives.
+bool checkAlphabet(const TypeRecord& type, const uint8_t* text, uint32_t length, uint8_t& bad);
+int checkIdentifier(const uint8_t* octets, uint32_t length);

@@ -1,0 +1,19 @@
+// UTCTime and GeneralizedTime read into a TimeRecord; the texts of DATE,
+// TIME-OF-DAY, DATE-TIME and DURATION rebuilt in value notation.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "decoder/ber_decode.h"
+
+struct TimeRecord;
+struct TypeRecord;
+
+enum class TimeKind { Utc, Generalized };
+
+uint32_t decodeTimeRecord(DecodeCall& call, int32_t length, int32_t& eocPending, bool constructed);
+// 0 for a good text, 1 for a bad one; `used` gets the characters read.
+int parseTime(const char* text, TimeKind kind, TimeRecord& record, uint16_t& used);
+// The text that a TIME-family value stores, from its contents.
+std::string rebuildTimeText(RunContext* context, const TypeRecord& type, const std::string& contents);
