@@ -12,7 +12,7 @@ build:
 	@cmake --build $(BUILD) -j $(JOBS)
 
 run: build
-	./$(BUILD)/qortlv examples/certificate.der
+	./$(BUILD)/qortlv -syntax examples/certificate.der
 
 test: build
 	cd $(BUILD) && ctest --output-on-failure
