@@ -5,31 +5,159 @@
 #include "runtime/context.h"
 #include "runtime/services.h"
 
-int loadInput(RunContext* context, std::FILE* stream, uint32_t offset, uint32_t count,
-              InputBuffer& buffer)
+namespace {
+
+constexpr size_t kLineSize = 1024;
+
+bool isWhiteSpace(char c)
 {
-    int32_t spare = buffer.length;
-    buffer = {0, nullptr};
-    if (std::fseek(stream, 0, SEEK_END) != 0) return LOAD_READ_FAILED;
-    long size = std::ftell(stream);
-    if (size <= 0) return LOAD_READ_FAILED;
-    if (offset >= static_cast<unsigned long>(size)) return LOAD_BAD_OFFSET;
-    if (std::fseek(stream, static_cast<long>(offset), SEEK_SET) != 0) return LOAD_READ_FAILED;
-    long want = size - static_cast<long>(offset);
-    if (count != 0 && count < static_cast<unsigned long>(want)) want = count;
-    auto* data = static_cast<uint8_t*>(qorAlloc(context, static_cast<size_t>(want + spare)));
-    if (data == nullptr) return LOAD_NO_MEMORY;
-    std::memset(data, 0, static_cast<size_t>(want + spare));
-    if (std::fread(data, 1, static_cast<size_t>(want), stream) != static_cast<size_t>(want)) {
-        qorFree(context, data);
-        return LOAD_READ_FAILED;
+    return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
+}
+
+int hexDigit(char c)
+{
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+// Frees the memory of a load that fails.
+class LoadBlock {
+public:
+    LoadBlock(RunContext* context, uint8_t* block) : context_(context), block_(block) {}
+    ~LoadBlock() { qorFree(context_, block_); }
+    LoadBlock(const LoadBlock&) = delete;
+    LoadBlock& operator=(const LoadBlock&) = delete;
+    uint8_t* get() const { return block_; }
+    uint8_t* release()
+    {
+        uint8_t* block = block_;
+        block_ = nullptr;
+        return block;
     }
-    buffer = {static_cast<int32_t>(want + spare), data};
+
+private:
+    RunContext* context_;
+    uint8_t* block_;
+};
+
+// Text input with an offset or a count: the digits to pass over and to keep
+// are counted line by line, white space not counted.
+int selectDigits(RunContext* context, std::FILE* stream, uint32_t& offset, uint32_t count, long want, char* memory,
+                 long& stored, long& consumed)
+{
+    auto* line = static_cast<char*>(qorAlloc(context, kLineSize));
+    if (line == nullptr) return LOAD_NO_MEMORY;
+    while (true) {
+        if (count != 0 && static_cast<uint32_t>(stored) >= count) break;
+        if (count == 0 && offset == 0) break;
+        if (consumed >= want) break;
+        if (std::fgets(line, static_cast<int>(kLineSize), stream) == nullptr) break;
+        size_t length = std::strlen(line);
+        consumed += static_cast<long>(length);
+        for (size_t i = 0; i < length; ++i) {
+            if (count != 0 && static_cast<uint32_t>(stored) >= count) break;
+            if (isWhiteSpace(line[i])) continue;
+            if (offset != 0) {
+                --offset;
+            } else {
+                memory[stored++] = line[i];
+            }
+        }
+    }
+    qorFree(context, line);
     return LOAD_DONE;
 }
 
-int hexTextToBinary(RunContext*, const char*, int32_t, InputBuffer& buffer)
+}  // namespace
+
+int loadInput(RunContext* context, std::FILE* stream, uint32_t offset, uint32_t count, InputBuffer& buffer)
+{
+    const bool text = (context->toolFlags & TLV_TEXT_INPUT) != 0;
+    const long skip = text ? 0 : static_cast<long>(offset);
+    const int32_t spare = buffer.length;
+    buffer = {0, nullptr};
+    if (std::fseek(stream, 0, SEEK_END) != 0) return LOAD_READ_FAILED;
+    const long size = std::ftell(stream);
+    if (size <= 0) return LOAD_READ_FAILED;
+    if (skip >= size) return LOAD_BAD_OFFSET;
+    if (std::fseek(stream, skip, SEEK_SET) != 0) return LOAD_READ_FAILED;
+    long want = size - skip;
+    if (count != 0 && static_cast<long>(count) < want) want = static_cast<long>(count);
+    if (want > 0x7FFFFFFF - spare - 2048) return LOAD_NO_MEMORY;  // lengths are 32-bit
+
+    // One allocation for the input; text keeps room for a whole line read
+    // at the write position.
+    size_t extra = text ? 1024 + static_cast<size_t>(want < 1024 ? want : 1024) : 0;
+    size_t bytes = static_cast<size_t>(want) + static_cast<size_t>(spare) + extra;
+    LoadBlock memory(context, static_cast<uint8_t*>(qorAlloc(context, bytes)));
+    if (memory.get() == nullptr) return LOAD_NO_MEMORY;
+    std::memset(memory.get(), 0, bytes);
+
+    if (!text) {
+        if (std::fread(memory.get(), 1, static_cast<size_t>(want), stream) != static_cast<size_t>(want)) {
+            return LOAD_READ_FAILED;
+        }
+        buffer = {static_cast<int32_t>(want + spare), memory.release()};
+        return LOAD_DONE;
+    }
+
+    auto* characters = reinterpret_cast<char*>(memory.get());
+    long stored = 0;
+    long consumed = 0;
+    if (offset != 0 || count != 0) {
+        int result = selectDigits(context, stream, offset, count, want, characters, stored, consumed);
+        if (result != LOAD_DONE) return result;
+        if (offset != 0) return LOAD_BAD_OFFSET;
+        if (count != 0 && static_cast<long>(count) != stored) return LOAD_SHORT_TEXT;
+    }
+    while (consumed < want) {
+        if (std::fgets(characters + stored, static_cast<int>(kLineSize), stream) == nullptr) break;
+        auto length = static_cast<long>(std::strlen(characters + stored));
+        stored += length;
+        consumed += length;
+    }
+    if (stored < want) want = stored;
+    return hexTextToBinary(context, characters, static_cast<int32_t>(want), buffer);
+}
+
+int hexTextToBinary(RunContext* context, const char* text, int32_t length, InputBuffer& buffer)
 {
     buffer = {0, nullptr};
-    return LOAD_NOT_HEXADECIMAL;
+    size_t bytes = (static_cast<size_t>(length) + 1) / 2;
+    LoadBlock memory(context, static_cast<uint8_t*>(qorAlloc(context, bytes > 0 ? bytes : 1)));
+    if (memory.get() == nullptr) return LOAD_NO_MEMORY;
+    std::memset(memory.get(), 0, bytes > 0 ? bytes : 1);
+    uint8_t* octets = memory.get();
+    int32_t done = 0;
+    int32_t at = 0;
+    int result = LOAD_DONE;
+    while (true) {
+        while (at < length && isWhiteSpace(text[at])) ++at;
+        if (at >= length) break;
+        int high = hexDigit(text[at++]);
+        if (high < 0) {
+            result = LOAD_NOT_HEXADECIMAL;
+            break;
+        }
+        while (at < length && isWhiteSpace(text[at])) ++at;
+        if (at >= length) {
+            // An odd last digit is the high half of a last octet.
+            octets[done++] = static_cast<uint8_t>(high << 4);
+            break;
+        }
+        int low = hexDigit(text[at++]);
+        if (low < 0) {
+            result = LOAD_NOT_HEXADECIMAL;
+            // The begun octet stays, with 0 as its low half, unless it
+            // would be the only one.
+            if (done > 0) octets[done++] = static_cast<uint8_t>(high << 4);
+            break;
+        }
+        octets[done++] = static_cast<uint8_t>(high << 4 | low);
+    }
+    if (done == 0 && result == LOAD_NOT_HEXADECIMAL) return result;
+    buffer = {done, memory.release()};
+    return result;
 }
