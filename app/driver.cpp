@@ -10,6 +10,7 @@
 #include "runtime/output.h"
 #include "runtime/services.h"
 #include "tlv/hex_layout.h"
+#include "tlv/repair.h"
 
 namespace {
 
@@ -48,6 +49,17 @@ void loadAndPrint(RunContext* context, DriverState& state)
     printer(context, state.buffer);
 }
 
+// -zfixencoding: the repair replaces the listing; layout options don't count.
+void repairAndReport(RunContext* context, DriverState& state)
+{
+    if ((context->toolFlags & TLV_TEXT_INPUT) != 0) {
+        qorPrint(context, "The '-text' is not supported with '-zfixencoding'.");
+        return;
+    }
+    state.result = repairEncoding(context, state.inputName, state.repairName);
+    printRepairOutcome(context, state.result, state.inputName, state.repairName);
+}
+
 // What every end of a run releases.
 void releaseRun(RunContext* context, DriverState& state)
 {
@@ -79,7 +91,11 @@ int runDriver(RunContext* context, int argc, char** argv)
                 }
                 state.outputOpened = true;
             }
-            loadAndPrint(context, state);
+            if ((context->toolFlags & TLV_FIX_ENCODING) != 0) {
+                repairAndReport(context, state);
+            } else {
+                loadAndPrint(context, state);
+            }
         }
         qorPrint(context, "\n\n");
         releaseRun(context, state);

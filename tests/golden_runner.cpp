@@ -10,7 +10,7 @@
 //   stdout      the expected standard output; {YEAR} is the current UTC year
 //   status      the expected exit status (0 when absent)
 //   files/NAME  a file the run must leave in {dir}; NAME.hex holds it as
-//               hexadecimal octets
+//               hexadecimal octets. A run leaves no other file.
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -180,6 +180,12 @@ public:
                 EXPECT_TRUE(want == got) << "file " << name << " of " << folder_ << " differs:\n"
                                          << showDiff(want, got, work);
             }
+        }
+        // A run leaves no file that the case doesn't expect.
+        for (const auto& entry : fs::directory_iterator(work / "run")) {
+            std::string name = entry.path().filename().string();
+            bool expectedFile = fs::exists(folder_ / "files" / name) || fs::exists(folder_ / "files" / (name + ".hex"));
+            EXPECT_TRUE(expectedFile) << folder_ << " left the unexpected file " << name;
         }
         if (!HasFailure()) fs::remove_all(work);
     }

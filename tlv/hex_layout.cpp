@@ -8,6 +8,7 @@
 #include "runtime/services.h"
 #include "tlv/reader.h"
 #include "tlv/record_span.h"
+#include "tlv/repair.h"
 #include "tlv/walker.h"
 
 namespace {
@@ -91,10 +92,18 @@ int printHexElement(RunContext* context, const uint8_t* element, int32_t availab
     if (header > available) {
         signalError(context, 38, header, available);
     } else {
-        const uint8_t* at = element;
-        int32_t left = available;
-        length = readHeader(context, at, left);
-        shown = length;
+        LengthRepair repair = repairLongFormLength(context, element, available, identifier, header);
+        repaired = repair.applied;
+        header = repair.header;
+        if (repair.lengthSet) {
+            length = repair.length;
+            shown = repair.shown;
+        } else {
+            const uint8_t* at = element;
+            int32_t left = available;
+            length = readHeader(context, at, left);
+            shown = length;
+        }
         if (length == LENGTH_TRUNCATED) {
             signalError(context, 17, reinterpret_cast<intptr_t>(element), available);
         } else if (!indefinite && length > available - header) {
@@ -109,7 +118,9 @@ int printHexElement(RunContext* context, const uint8_t* element, int32_t availab
     int column = dumpOctets(context, element, identifier, indent, identifierSuffix(indefinite, stop || repaired));
     if (!indefinite) {
         int32_t end = header < available ? header : available;
+        if (repaired) showOriginalLength(element, identifier, true);
         column += dumpOctets(context, element + identifier, end - identifier, 0, "");
+        if (repaired) showOriginalLength(element, identifier, false);
         if ((first & 0x80) != 0) column += printDecimalLength(context, shown);
     }
     if (stop && length == LENGTH_TRUNCATED) return 1;
