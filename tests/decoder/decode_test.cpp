@@ -1,0 +1,299 @@
+// The decode driver and the type routines, through qorDecode.
+#include "decoder/decoder.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "decoder/values.h"
+#include "runtime/services.h"
+#include "tests/test_context.h"
+
+namespace {
+
+using Octets = std::vector<uint8_t>;
+
+// Counts the blocks that the memory hooks hand out and take back.
+struct CountingContext : TestContext {
+    static inline long live = 0;
+    CountingContext()
+    {
+        get()->memory.allocHook = [](RunContext* context, uint32_t size) -> void* {
+            ++live;
+            return context->allocFn(size);
+        };
+        get()->memory.freeHook = [](RunContext* context, void* block) {
+            if (block != nullptr) --live;
+            context->freeFn(block);
+        };
+    }
+};
+
+struct DecodeTest : ::testing::Test {
+    CountingContext run;
+    RunContext* context = run.get();
+    void* value = nullptr;
+
+    int decode(int pdu, const Octets& octets)
+    {
+        BerBuffer buffer = {static_cast<uint32_t>(octets.size()), octets.data()};
+        value = nullptr;
+        long before = CountingContext::live;
+        int result = qorDecode(context, pdu, buffer, value);
+        if (result != 0) {
+            EXPECT_EQ(nullptr, value);
+            EXPECT_EQ(before, CountingContext::live) << "a failed decode holds no memory";
+        }
+        return result;
+    }
+    void release(int pdu)
+    {
+        EXPECT_EQ(0, qorFreeValue(context, pdu, value));
+        value = nullptr;
+    }
+    std::string errorText() const { return context->errorText; }
+    void TearDown() override { EXPECT_EQ(0, CountingContext::live) << "blocks left behind"; }
+};
+
+TEST_F(DecodeTest, PduNumberOutOfRange)
+{
+    EXPECT_EQ(3, decode(0, {0x02, 0x01, 0x05}));
+    EXPECT_EQ("D0003S: PDU number not in range: 0.\n", errorText());
+    EXPECT_EQ(3, decode(31, {0x02, 0x01, 0x05}));
+    EXPECT_EQ("D0003S: PDU number not in range: 31.\n", errorText());
+}
+
+TEST_F(DecodeTest, FailuresAndTheirCodes)
+{
+    const struct {
+        int pdu;
+        Octets octets;
+        int code;
+        const char* text;
+    } rows[] = {
+        {2, {0x1F, 0x1E, 0x00}, 5, "D0018E: Tag needlessly long; check PDU #2.\n"},
+        {2, {0x1F, 0x80, 0x1F, 0x00}, 5, "D0018E: Tag needlessly long; check PDU #2.\n"},
+        {2, {0x1F, 0x84, 0x80, 0x00, 0x00}, 10, "D0019E: Tag too long: 512; check PDU #2.\n"},
+        {2, {0x02, 0x84, 0x80, 0x00, 0x00, 0x00}, 10, "D0026S: Length too long: 2147483648; check PDU #2.\n"},
+        {2, {0x02, 0x80, 0x05, 0x00, 0x00}, 5, "D0051S: Found primitive encoding with indefinite length; check PDU #2.\n"},
+        {4, {0x04, 0x05, 0x41}, 4, "D0081S: End of input reached before message was fully decoded; check PDU #4 'QUELT-OCTETSTRING'.\n"},
+        {4, {0x24, 0x03, 0x04, 0x05, 0x41, 0x41, 0x41, 0x41, 0x41}, 5, nullptr},  // 0031S
+        {25, {0x1F, 0x1F, 0x02, '2', '0'}, 12, nullptr},  // DATE's long-form tag is right; its length isn't
+        {2, {0x03, 0x01, 0x00}, 9, "D0034E: PDU number and input tags do not match: [UNIVERSAL 3] (expected tag [UNIVERSAL 2]); check PDU #2.\n"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.code, decode(row.pdu, row.octets)) << row.pdu;
+        if (row.text != nullptr) {
+            EXPECT_EQ(row.text, errorText());
+        }
+    }
+}
+
+TEST_F(DecodeTest, LengthsWithLeadingZeros)
+{
+    ASSERT_EQ(0, decode(4, {0x04, 0x84, 0x00, 0x00, 0x00, 0x02, 0x41, 0x42}));
+    EXPECT_EQ(2u, static_cast<CountedValue*>(value)->length);
+    release(4);
+    ASSERT_EQ(0, decode(4, {0x04, 0x85, 0x00, 0x00, 0x00, 0x00, 0x01, 0x41}));
+    release(4);
+}
+
+TEST_F(DecodeTest, SegmentBeyondTheDefiniteLength)
+{
+    EXPECT_EQ(18, decode(4, {0x24, 0x01, 0x04, 0x05, 0x41, 0x41, 0x41, 0x41, 0x41}));
+    EXPECT_NE(std::string::npos, errorText().find("D0122S: End of input reached before PDU was fully decoded"));
+}
+
+TEST_F(DecodeTest, BooleanNullAndInteger)
+{
+    for (uint8_t octet : {0x01, 0xFF, 0x80}) {
+        ASSERT_EQ(0, decode(1, {0x01, 0x01, octet}));
+        EXPECT_EQ(1, *static_cast<uint8_t*>(value));
+        release(1);
+    }
+    EXPECT_EQ(5, decode(1, {0x01, 0x00}));
+    EXPECT_EQ(5, decode(1, {0x01, 0x02, 0x00, 0x00}));
+    ASSERT_EQ(0, decode(5, {0x05, 0x00}));
+    release(5);
+    EXPECT_EQ(5, decode(5, {0x05, 0x01, 0x00}));
+
+    const struct {
+        Octets contents;
+        int code;
+        int32_t value;
+    } integers[] = {
+        {{0x00, 0x7F}, 5, 0}, {{0x00, 0x80}, 0, 128}, {{0xFF, 0x80}, 5, 0}, {{0xFF, 0x7F}, 0, -129},
+        {{0x05}, 0, 5}, {{}, 5, 0}, {{0x80, 0x00, 0x00, 0x00}, 0, INT32_MIN},
+    };
+    for (const auto& row : integers) {
+        Octets octets = {0x02, static_cast<uint8_t>(row.contents.size())};
+        octets.insert(octets.end(), row.contents.begin(), row.contents.end());
+        ASSERT_EQ(row.code, decode(2, octets));
+        if (row.code == 0) {
+            EXPECT_EQ(row.value, *static_cast<int32_t*>(value));
+            release(2);
+        }
+    }
+    EXPECT_EQ(5, decode(2, {0x22, 0x03, 0x02, 0x01, 0x05}));  // constructed
+}
+
+TEST_F(DecodeTest, RealForms)
+{
+    const struct {
+        Octets contents;
+        int code;
+        double value;
+    } rows[] = {
+        {{}, 0, 0.0},
+        {{0x00}, 5, 0},                      // 0099E
+        {{0x80, 0x00, 0x01}, 0, 1.0},
+        {{0x90, 0xFF, 0x04}, 0, 0.5},        // base 8, exponent -3 in bits
+        {{0x01, '0'}, 5, 0},                 // 0043E: zero has no contents
+        {{0x01, '1', '2'}, 0, 12.0},
+        {{0x02, '1', '2'}, 5, 0},            // 0041E: NR1 text under NR2
+        {{0x02, '1', '.', '5'}, 0, 1.5},
+        {{0x02, '1', ',', '5'}, 0, 1.5},
+        {{0x03, '1', '.', '5', 'E', '1'}, 0, 15.0},
+        {{0x03, ' ', '+', '1', '5', 'E', '-', '1'}, 0, 1.5},
+        {{0x40}, 0, 1.7976931348623157e308},
+        {{0x41}, 0, -1.7976931348623157e308},
+        {{0x45}, 5, 0},                      // reserved
+        {{0x02}, 5, 0},                      // 0038E
+    };
+    for (const auto& row : rows) {
+        Octets octets = {0x09, static_cast<uint8_t>(row.contents.size())};
+        octets.insert(octets.end(), row.contents.begin(), row.contents.end());
+        ASSERT_EQ(row.code, decode(8, octets)) << octets.size();
+        if (row.code == 0) {
+            EXPECT_EQ(row.value, *static_cast<double*>(value));
+            release(8);
+        }
+    }
+    ASSERT_EQ(0, decode(8, {0x09, 0x01, 0x43}));
+    EXPECT_TRUE(std::signbit(*static_cast<double*>(value)));
+    release(8);
+    EXPECT_EQ(5, decode(8, {0x29, 0x00}));  // constructed
+}
+
+TEST_F(DecodeTest, BitStrings)
+{
+    ASSERT_EQ(0, decode(3, {0x03, 0x00}));
+    EXPECT_EQ(0u, static_cast<CountedValue*>(value)->length);
+    EXPECT_EQ(nullptr, static_cast<CountedValue*>(value)->data);
+    release(3);
+    ASSERT_EQ(0, decode(3, {0x03, 0x02, 0x04, 0xFF}));
+    EXPECT_EQ(4u, static_cast<CountedValue*>(value)->length);
+    EXPECT_EQ(0xF0, *static_cast<const uint8_t*>(static_cast<CountedValue*>(value)->data));
+    release(3);
+    EXPECT_EQ(5, decode(3, {0x03, 0x01, 0x01}));
+    EXPECT_EQ(5, decode(3, {0x03, 0x02, 0x08, 0x00}));
+    EXPECT_EQ(5, decode(3, {0x23, 0x80, 0x03, 0x02, 0x01, 0xFF, 0x03, 0x02, 0x00, 0x00, 0x00, 0x00}));  // 0036E
+    ASSERT_EQ(0, decode(3, {0x23, 0x80, 0x03, 0x02, 0x00, 0x00, 0x03, 0x02, 0x01, 0xFF, 0x00, 0x00}));
+    EXPECT_EQ(15u, static_cast<CountedValue*>(value)->length);
+    release(3);
+    EXPECT_EQ(5, decode(3, {0x23, 0x80, 0x00, 0x00}));
+    ASSERT_EQ(0, decode(3, {0x23, 0x00}));
+    release(3);
+}
+
+TEST_F(DecodeTest, ConstructedOctetStrings)
+{
+    ASSERT_EQ(0, decode(4, {0x24, 0x80, 0x00, 0x00}));
+    EXPECT_EQ(0u, static_cast<CountedValue*>(value)->length);
+    release(4);
+    ASSERT_EQ(0, decode(4, {0x24, 0x80, 0x24, 0x80, 0x04, 0x01, 0x41, 0x00, 0x00, 0x04, 0x01, 0x42, 0x00, 0x00}));
+    auto* octets = static_cast<CountedValue*>(value);
+    ASSERT_EQ(2u, octets->length);
+    EXPECT_EQ(0, std::memcmp(octets->data, "AB", 2));
+    release(4);
+    EXPECT_EQ(5, decode(4, {0x24, 0x80, 0x04, 0x01, 0x41, 0x00, 0x01}));  // 0028E
+    EXPECT_EQ(5, decode(4, {0x24, 0x02, 0x00, 0x00}));                    // 0058E
+    EXPECT_EQ(5, decode(19, {0x2C, 0x03, 0x0C, 0x01, 0x41}));            // segment tagged 12: 0033E
+
+    // Ten nested levels decode, eleven don't.
+    auto nested = [](int levels) {
+        Octets octets;
+        for (int i = 0; i < levels; ++i) octets.insert(octets.end(), {0x24, 0x80});
+        octets.insert(octets.end(), {0x04, 0x01, 0x41});
+        for (int i = 0; i < levels; ++i) octets.insert(octets.end(), {0x00, 0x00});
+        return octets;
+    };
+    ASSERT_EQ(0, decode(4, nested(10)));
+    release(4);
+    EXPECT_EQ(108, decode(4, nested(11)));
+
+    Octets big = {0x04, 0x82, 0x07, 0xD0};
+    for (int i = 0; i < 2000; ++i) big.push_back(static_cast<uint8_t>(i));
+    ASSERT_EQ(0, decode(4, big));
+    ASSERT_EQ(2000u, static_cast<CountedValue*>(value)->length);
+    EXPECT_EQ(0, std::memcmp(static_cast<CountedValue*>(value)->data, big.data() + 4, 2000));
+    release(4);
+}
+
+TEST_F(DecodeTest, CharacterStrings)
+{
+    EXPECT_EQ(5, decode(18, {0x1E, 0x03, 0x00, 0x41, 0x00}));  // 0136E
+    ASSERT_EQ(0, decode(18, {0x1E, 0x04, 0x00, 0x41, 0x00, 0xE9}));
+    auto* bmp = static_cast<CountedValue*>(value);
+    ASSERT_EQ(2u, bmp->length);
+    EXPECT_EQ(0x00E9, static_cast<const uint16_t*>(bmp->data)[1]);
+    release(18);
+    EXPECT_EQ(5, decode(9, {0x12, 0x02, 0x31, 0x00}));  // NumericString with a NUL: 0046E
+    ASSERT_EQ(0, decode(13, {0x16, 0x02, 0x41, 0x00}));  // IA5String with a NUL
+    release(13);
+    ASSERT_EQ(0, decode(19, {0x0C, 0x02, 0xC3, 0xA9}));
+    EXPECT_STREQ("\xC3\xA9", *static_cast<char**>(value));
+    release(19);
+    EXPECT_EQ(5, decode(19, {0x0C, 0x01, 0xC3}));
+    EXPECT_EQ(5, decode(19, {0x0C, 0x01, 0x80}));
+    EXPECT_EQ(5, decode(6, {0x06, 0x00}));                       // 0037E
+    EXPECT_EQ(5, decode(6, {0x26, 0x03, 0x04, 0x01, 0x2A}));     // 0137E
+}
+
+TEST_F(DecodeTest, ConstraintPass)
+{
+    EXPECT_EQ(17, decode(10, {0x13, 0x03, 'A', '*', 'B'}));
+    EXPECT_NE(std::string::npos, errorText().find("bad character: '*'"));
+    ASSERT_EQ(0, decode(9, {0x12, 0x00}));
+    release(9);
+    EXPECT_EQ(17, decode(15, {0x1A, 0x01, 0x7F}));
+    ASSERT_EQ(0, decode(13, {0x16, 0x01, 0x7F}));
+    release(13);
+    EXPECT_EQ(17, decode(13, {0x16, 0x01, 0x80}));
+    EXPECT_EQ(10, decode(6, {0x06, 0x02, 0x2A, 0x86}));  // 0010S from the constraint pass
+    ASSERT_EQ(0, decode(7, {0x0D, 0x01, 0x01}));
+    release(7);
+}
+
+TEST_F(DecodeTest, Times)
+{
+    ASSERT_EQ(0, decode(21, {0x17, 0x0D, '1', '6', '0', '2', '2', '6', '1', '2', '3', '0', '4', '5', 'Z'}));
+    auto* record = static_cast<TimeRecord*>(value);
+    EXPECT_EQ(16, record->year);
+    EXPECT_EQ(45, record->second);
+    EXPECT_EQ(1, record->utc);
+    release(21);
+    const std::string good[] = {"20160226123045.5Z", "20160226123045,12345Z", "2016022612.5Z", "201602261230"};
+    const uint16_t millisec[] = {500, 123, 0, 0};
+    for (size_t i = 0; i < 4; ++i) {
+        Octets octets = {0x18, static_cast<uint8_t>(good[i].size())};
+        octets.insert(octets.end(), good[i].begin(), good[i].end());
+        ASSERT_EQ(0, decode(22, octets)) << good[i];
+        EXPECT_EQ(millisec[i], static_cast<TimeRecord*>(value)->millisec) << good[i];
+        release(22);
+    }
+    for (const std::string bad : {"1602261230", "1602261230.5Z", "160226123060Z", "161302123045Z", "160226123045Zx"}) {
+        Octets octets = {0x17, static_cast<uint8_t>(bad.size())};
+        octets.insert(octets.end(), bad.begin(), bad.end());
+        EXPECT_NE(0, decode(21, octets)) << bad;
+    }
+    EXPECT_EQ(12, decode(25, {0x1F, 0x1F, 0x07, '2', '0', '1', '6', '0', '1', '0'}));
+    ASSERT_EQ(0, decode(28, {0x1F, 0x22, 0x02, '1', 'Y'}));
+    EXPECT_STREQ("P1Y", *static_cast<char**>(value));
+    release(28);
+}
+
+}  // namespace
