@@ -111,7 +111,7 @@ uint32_t readConstructed(DecodeCall& call, StringChain& chain, uint32_t& unusedB
     call.remaining = bound;
     if (consumed > bound) reportError(context, RT_INCONSISTENT_LENGTHS);
     consumed += endOctets;
-    call.remaining += endOctets;
+    if (call.remaining <= kOpenBound - endOctets) call.remaining += endOctets;
     if (eocPending > ownedFrom) reportError(context, RT_EXPECTED_EOC);
     if (call.unit == 0 && bound != 0 && !anyOctets) reportError(context, RT_INCONSISTENT_LENGTHS);
     return static_cast<uint32_t>(consumed);
