@@ -85,7 +85,9 @@ int loadInput(RunContext* context, std::FILE* stream, uint32_t offset, uint32_t 
     if (std::fseek(stream, skip, SEEK_SET) != 0) return LOAD_READ_FAILED;
     long want = size - skip;
     if (count != 0 && static_cast<long>(count) < want) want = static_cast<long>(count);
-    if (want > 0x7FFFFFFF - spare - 2048) return LOAD_NO_MEMORY;  // lengths are 32-bit
+    // Lengths are 32-bit: a larger input (or a directory, whose size reads
+    // as enormous) can't be read.
+    if (want > 0x7FFFFFFF - spare - 2048) return LOAD_READ_FAILED;
 
     // One allocation for the input; text keeps room for a whole line read
     // at the write position.
