@@ -11,7 +11,7 @@
 namespace {
 
 constexpr uint32_t kChunkMinimum = 5120;  // usable bytes of a scratch stack chunk
-constexpr uint32_t kChunkHead = 16;
+constexpr uint32_t kChunkHead = (sizeof(ScratchChunk) + 7) / 8 * 8;  // the head in front of the usable bytes
 
 void* processAlloc(size_t size)
 {
