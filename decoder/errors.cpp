@@ -13,17 +13,6 @@ namespace {
 
 constexpr size_t kErrorTextSize = 512;
 
-std::string formatted(const char* format, ...) __attribute__((format(printf, 1, 2)));
-std::string formatted(const char* format, ...)
-{
-    std::string out;
-    va_list args;
-    va_start(args, format);
-    formatAppend(out, format, args);
-    va_end(args);
-    return out;
-}
-
 const char* classWord(uint32_t tag)
 {
     switch (tag >> 14) {
@@ -39,38 +28,38 @@ std::string argumentText(uint32_t form, const ErrorArgument& argument)
     const int64_t number = argument.number;
     switch (form) {
         case 1:
-            if (argument.text == nullptr) return formatted("#%ld", static_cast<long>(number));
-            if (std::strlen(argument.text) >= 510) return formatted("\"%.40s...\"", argument.text);
-            return formatted("\"%s\"", argument.text);
+            if (argument.text == nullptr) return formatText("#%ld", static_cast<long>(number));
+            if (std::strlen(argument.text) >= 510) return formatText("\"%.40s...\"", argument.text);
+            return formatText("\"%s\"", argument.text);
         case 2: {
             auto read = static_cast<uint32_t>(number & 0xFFFF);
             auto expected = static_cast<uint32_t>((number >> 16) & 0xFFFF);
-            std::string text = formatted("[%s%ld]", classWord(read), static_cast<long>(read & 0x3FFF));
+            std::string text = formatText("[%s%ld]", classWord(read), static_cast<long>(read & 0x3FFF));
             if (expected != 0) {
-                text += formatted(" (expected tag [%s%ld])", classWord(expected), static_cast<long>(expected & 0x3FFF));
+                text += formatText(" (expected tag [%s%ld])", classWord(expected), static_cast<long>(expected & 0x3FFF));
             }
             return text;
         }
-        case 3: return formatted("%lld", static_cast<long long>(number));
-        case 4: return formatted("%llu", static_cast<unsigned long long>(number));
-        case 5: return formatted("%f", static_cast<double>(number));
+        case 3: return formatText("%lld", static_cast<long long>(number));
+        case 4: return formatText("%llu", static_cast<unsigned long long>(number));
+        case 5: return formatText("%f", static_cast<double>(number));
         case 6:
         case 8: {
             const char* text = argument.text != nullptr ? argument.text : "";
-            if (std::strlen(text) >= 128) return formatted("'%.40s...'", text);
-            return formatted("'%s'", text);
+            if (std::strlen(text) >= 128) return formatText("'%.40s...'", text);
+            return formatText("'%s'", text);
         }
         case 7: {
             auto character = static_cast<uint32_t>(number);
             if (character < 256 && std::isprint(static_cast<int>(character))) {
-                return formatted("'%c'", static_cast<int>(character));
+                return formatText("'%c'", static_cast<int>(character));
             }
-            return formatted("{%u,%u,%u,%u}", character >> 24, (character >> 16) & 0xFF, (character >> 8) & 0xFF,
+            return formatText("{%u,%u,%u,%u}", character >> 24, (character >> 16) & 0xFF, (character >> 8) & 0xFF,
                              character & 0xFF);
         }
         case 9: {
             const char* text = argument.text != nullptr ? argument.text : "";
-            if (std::strlen(text) >= 130) return formatted("%.40s...", text);
+            if (std::strlen(text) >= 130) return formatText("%.40s...", text);
             return text;
         }
         default: return "";
@@ -105,10 +94,10 @@ int buildErrorText(RunContext* context, char* buffer, size_t capacity, int32_t e
     }
     if (argument.present) text += argumentText(message.flags & MESSAGE_FORM_MASK, argument);
     if (pdu != 0 && (message.flags & MESSAGE_NO_LOCATION) == 0) {
-        text += formatted("; check PDU #%d", pdu);
+        text += formatText("; check PDU #%d", pdu);
         const ErrorFrame* frame = context->decode.errorFrames;
         while (frame != nullptr && frame->typeName == nullptr && frame->frameKind != FRAME_ROOT) frame = frame->previous;
-        if (frame != nullptr && frame->typeName != nullptr) text += formatted(" '%s'", frame->typeName);
+        if (frame != nullptr && frame->typeName != nullptr) text += formatText(" '%s'", frame->typeName);
     }
     text += ".\n";
     if (text.size() + 1 > capacity) {

@@ -22,16 +22,6 @@ int textOrNoMemory(RunContext* context, const std::string& made, char*& text)
     return text == nullptr ? 1 : 0;
 }
 
-std::string formatted(const char* format, ...)
-{
-    std::string out;
-    va_list args;
-    va_start(args, format);
-    formatAppend(out, format, args);
-    va_end(args);
-    return out;
-}
-
 }  // namespace
 
 std::string shortIntegerText(int32_t value, bool noAddition)
@@ -157,7 +147,7 @@ int realText(RunContext*, const double& value, std::string& text)
     }
     auto signedMantissa = static_cast<long long>(mantissa);
     if (value < 0) signedMantissa = -signedMantissa;
-    text = formatted("{ mantissa %lld, base 2, exponent %d }", signedMantissa, exponent);
+    text = formatText("{ mantissa %lld, base 2, exponent %d }", signedMantissa, exponent);
     return REAL_ORDINARY;
 }
 
@@ -187,7 +177,7 @@ int integerText(RunContext* context, const RenderInput& input, const void* value
     }
     // A negative five-octet value keeps its sign octet in the additional form.
     std::string hex = "0x";
-    for (int32_t i = 0; i < huge->length; ++i) hex += formatted("%02x", huge->octets[i]);
+    for (int32_t i = 0; i < huge->length; ++i) hex += formatText("%02x", huge->octets[i]);
     std::string whole = std::string(main) + " (" + hex + ")";
     qorFree(context, main);
     return textOrNoMemory(context, whole, text);
@@ -196,7 +186,7 @@ int integerText(RunContext* context, const RenderInput& input, const void* value
 int realValueText(RunContext* context, const RenderInput&, const void* value, char*& text)
 {
     const double real = *static_cast<const double*>(value);
-    std::string plain = formatted("%E", real);
+    std::string plain = formatText("%E", real);
     fixDecimalPoint(plain.data());
     std::string main;
     int realClass = realText(context, real, main);

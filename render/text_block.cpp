@@ -41,3 +41,8 @@ char* newText(RunContext* context, const char* text, size_t length)
     block[length] = '\0';
     return block;
 }
+
+OwnedText::~OwnedText()
+{
+    qorFree(context_, text_);
+}

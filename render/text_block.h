@@ -20,3 +20,17 @@ int copiedText(RunContext* context, const RenderInput& input, const void* value,
 
 // A new block from qorAlloc holding `length` characters and a terminator.
 char* newText(RunContext* context, const char* text, size_t length);
+
+// Owns a block from qorAlloc for the life of a scope.
+class OwnedText {
+public:
+    OwnedText(RunContext* context, char* text) : context_(context), text_(text) {}
+    ~OwnedText();
+    OwnedText(const OwnedText&) = delete;
+    OwnedText& operator=(const OwnedText&) = delete;
+    const char* get() const { return text_; }
+
+private:
+    RunContext* context_;
+    char* text_;
+};

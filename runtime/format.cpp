@@ -222,3 +222,13 @@ int formatAppend(std::string& out, const char* format, va_list argsIn)
     va_end(args);
     return static_cast<int>(out.size() - before);
 }
+
+std::string formatText(const char* format, ...)
+{
+    std::string out;
+    va_list args;
+    va_start(args, format);
+    formatAppend(out, format, args);
+    va_end(args);
+    return out;
+}

@@ -47,3 +47,6 @@ int closeOutputFile(RunContext* context);
 // give at least three exponent digits, "%I64d" is a signed 64-bit decimal.
 // Appends to `out` and returns the characters produced.
 int formatAppend(std::string& out, const char* format, va_list args);
+
+// The same into a new string.
+std::string formatText(const char* format, ...) __attribute__((format(printf, 1, 2)));

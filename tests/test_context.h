@@ -6,6 +6,7 @@
 #include "app/signal.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
+#include "runtime/services.h"
 
 class TestContext {
 public:
@@ -34,6 +35,13 @@ public:
         return output_;
     }
     int lastError() const { return context_.state->lastError; }
+    // The text of a block from qorAlloc, which is freed.
+    std::string take(char* text)
+    {
+        std::string copy = text != nullptr ? text : "<null>";
+        qorFree(&context_, text);
+        return copy;
+    }
 
 private:
     RunContext context_{};

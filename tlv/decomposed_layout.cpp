@@ -6,6 +6,7 @@
 #include "app/signal.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
+#include "render/text_block.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
@@ -16,20 +17,6 @@
 namespace {
 
 constexpr int kNameField = 18;
-
-// Frees a block from the memory service at the end of a scope.
-class OwnedText {
-public:
-    OwnedText(RunContext* context, char* text) : context_(context), text_(text) {}
-    ~OwnedText() { qorFree(context_, text_); }
-    OwnedText(const OwnedText&) = delete;
-    OwnedText& operator=(const OwnedText&) = delete;
-    const char* get() const { return text_; }
-
-private:
-    RunContext* context_;
-    char* text_;
-};
 
 int printNumber(RunContext* context, const char* format, long value)
 {

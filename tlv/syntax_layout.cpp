@@ -8,6 +8,7 @@
 #include "app/signal.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
+#include "render/text_block.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
@@ -21,20 +22,6 @@ constexpr int kLengthWidth = 8;
 constexpr size_t kNameLimit = 12;
 constexpr int kLineEnd = 79;
 constexpr int kCopyLimit = 1024;
-
-// Frees a block from the memory service at the end of a scope.
-class OwnedText {
-public:
-    OwnedText(RunContext* context, char* text) : context_(context), text_(text) {}
-    ~OwnedText() { qorFree(context_, text_); }
-    OwnedText(const OwnedText&) = delete;
-    OwnedText& operator=(const OwnedText&) = delete;
-    const char* get() const { return text_; }
-
-private:
-    RunContext* context_;
-    char* text_;
-};
 
 // Where a long type name is broken in two, or npos.
 size_t splitPoint(const std::string_view name)

@@ -17,12 +17,7 @@ struct NumberTextTest : ::testing::Test {
     TestContext run;
     RunContext* context = run.get();
 
-    std::string take(char* text)
-    {
-        std::string copy = text != nullptr ? text : "<null>";
-        qorFree(context, text);
-        return copy;
-    }
+    std::string take(char* text) { return run.take(text); }
 };
 
 TEST(ShortInteger, AdditionalValueShowsTheSignInItsFirstDigit)

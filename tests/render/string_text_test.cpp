@@ -15,12 +15,7 @@ struct StringTextTest : ::testing::Test {
     TestContext run;
     RunContext* context = run.get();
 
-    std::string take(char* text)
-    {
-        std::string copy = text != nullptr ? text : "<null>";
-        qorFree(context, text);
-        return copy;
-    }
+    std::string take(char* text) { return run.take(text); }
     std::string oid(const std::vector<uint8_t>& octets, bool relative, int* result = nullptr)
     {
         EncodedOid encoded = {static_cast<uint16_t>(octets.size()), octets.data()};
