@@ -17,7 +17,7 @@ struct MemoryState {
     uint32_t inputSize;
     uint32_t valueTotal;      // bytes handed out, each request rounded up
     uint32_t valueAlignment;  // 8
-    uint32_t scratchHeader;   // 4: the index word in front of a scratch block
+    uint32_t scratchHeader;   // the index word in front of a scratch block, padded to 8
     BlockTable* scratchTable;
     BlockTable* valueTables;  // head of the chain of value heaps
     ScratchChunk* scratchArena;

@@ -11,6 +11,9 @@
 namespace {
 
 constexpr uint32_t kChunkMinimum = 5120;  // usable bytes of a scratch stack chunk
+// The index word in front of a scratch block, padded so that the block
+// behind it is aligned for any record.
+constexpr uint32_t kScratchHeader = 8;
 constexpr uint32_t kChunkHead = (sizeof(ScratchChunk) + 7) / 8 * 8;  // the head in front of the usable bytes
 
 void* processAlloc(size_t size)
@@ -142,7 +145,7 @@ void svcOpenScratch(RunContext* context)
     MemoryState& memory = context->memory;
     memory.scratchTable = nullptr;
     memory.valueAlignment = 8;
-    memory.scratchHeader = 4;
+    memory.scratchHeader = kScratchHeader;
     memory.scratchTable = newTable(context);
 }
 
@@ -273,7 +276,7 @@ const ServiceTable* svcInstall(RunContext* context)
     context->memory.allocHook = forwardAlloc;
     context->memory.freeHook = forwardFree;
     context->memory.valueAlignment = 8;
-    context->memory.scratchHeader = 4;
+    context->memory.scratchHeader = kScratchHeader;
     return &kServices;
 }
 
