@@ -32,6 +32,42 @@ void checkHugeInteger(RunContext* context, const uint8_t* octets, int32_t length
     if (static_cast<uint32_t>(length) > kHugeIntegerLimit) reportError(context, RT_INTEGER_LENGTH, length);
 }
 
+// Appends `count` octets of the input to the chain, taking areas as they
+// fill.
+void appendToChain(RunContext* context, StringChain& chain, uint32_t count)
+{
+    while (count > 0) {
+        if (chain.lastArea == nullptr || chain.areaOffset == StringChain::kAreaEnd) {
+            auto* area = static_cast<StringArea*>(scratchStackPush(context, StringChain::kAreaSize));
+            area->previous = chain.lastArea;
+            chain.lastArea = area;
+            chain.areaOffset = StringChain::kAreaStart;
+        }
+        uint32_t room = StringChain::kAreaEnd - chain.areaOffset;
+        uint32_t take = count < room ? count : room;
+        inputCopy(context, take, reinterpret_cast<uint8_t*>(chain.lastArea) + chain.areaOffset);
+        chain.areaOffset += take;
+        chain.dataOctets += static_cast<int32_t>(take);
+        count -= take;
+    }
+}
+
+// The last `count` octets stored, in order (they may span two areas).
+std::string lastOctets(const StringChain& chain, uint32_t count)
+{
+    std::string octets(count, '\0');
+    const StringArea* area = chain.lastArea;
+    uint32_t end = chain.areaOffset - StringChain::kAreaStart;
+    for (uint32_t left = count; left > 0 && area != nullptr;) {
+        uint32_t take = left < end ? left : end;
+        std::memcpy(&octets[left - take], area->data + end - take, take);
+        left -= take;
+        area = area->previous;
+        end = sizeof area->data;
+    }
+    return octets;
+}
+
 uint32_t readPrimitive(DecodeCall& call, StringChain& chain, uint32_t& unusedBits, int32_t length)
 {
     RunContext* context = call.context;
@@ -43,21 +79,21 @@ uint32_t readPrimitive(DecodeCall& call, StringChain& chain, uint32_t& unusedBit
         unusedBits = count;
         --length;
     }
-    const size_t start = chain.octets.size();
-    chain.octets.resize(start + static_cast<size_t>(length));
-    if (length > 0) inputCopy(context, static_cast<uint32_t>(length), reinterpret_cast<uint8_t*>(&chain.octets[start]));
+    appendToChain(context, chain, static_cast<uint32_t>(length));
     call.total += call.unit == 0 ? 8 * length : length;
-    const auto* stored = reinterpret_cast<const uint8_t*>(chain.octets.data() + start);
-    if (isIri(*call.type)) {
-        checkOidIri(context, reinterpret_cast<const char*>(stored), static_cast<uint32_t>(length),
-                    call.type->stringCode == 35);
+    if (isIri(*call.type) || call.type->kind == KIND_HUGE_INTEGER) {
+        std::string stored = lastOctets(chain, static_cast<uint32_t>(length));
+        if (isIri(*call.type)) checkOidIri(context, stored.data(), static_cast<uint32_t>(length), call.type->stringCode == 35);
+        if (call.type->kind == KIND_HUGE_INTEGER) {
+            checkHugeInteger(context, reinterpret_cast<const uint8_t*>(stored.data()), length);
+        }
     }
-    if (call.type->kind == KIND_HUGE_INTEGER) checkHugeInteger(context, stored, length);
     if (call.unit == 0) {
         if (length == 0 && count > 0) reportError(context, RT_UNUSED_BITS_RANGE, count);
         if (length > 0) {
             // The unused bits of the last octet are zero in the value.
-            chain.octets.back() = static_cast<char>(static_cast<uint8_t>(chain.octets.back()) & (0xFF << count));
+            uint8_t& last = reinterpret_cast<uint8_t*>(chain.lastArea)[chain.areaOffset - 1];
+            last = static_cast<uint8_t>(last & (0xFF << count));
             call.total -= static_cast<int32_t>(count);
         }
     }
@@ -135,10 +171,10 @@ void storeCounted(DecodeCall& call, uint32_t length, void* data)
 
 // The code units of a BMPString or UniversalString, big-endian on the wire,
 // in machine order in the value.
-void storeUnits(DecodeCall& call, const StringChain& chain, int width)
+void storeUnits(DecodeCall& call, StringChain& chain, int width)
 {
     RunContext* context = call.context;
-    const size_t bytes = chain.octets.size();
+    const auto bytes = static_cast<size_t>(chain.dataOctets);
     if (bytes % static_cast<size_t>(width) != 0) reportError(context, RT_CHARACTER_WIDTH, static_cast<int64_t>(bytes));
     const auto characters = static_cast<uint32_t>(bytes / static_cast<size_t>(width));
     if (characters == 0) {
@@ -146,7 +182,9 @@ void storeUnits(DecodeCall& call, const StringChain& chain, int width)
         return;
     }
     void* array = context->services->svcAllocValue(context, characters * static_cast<uint32_t>(width), 0);
-    const auto* wire = reinterpret_cast<const uint8_t*>(chain.octets.data());
+    // The areas in order, in one scratch block.
+    auto* wire = static_cast<uint8_t*>(context->services->svcAllocScratch(context, static_cast<uint32_t>(bytes)));
+    drainChain(context, chain, wire);
     for (uint32_t i = 0; i < characters; ++i) {
         uint32_t unit = 0;
         for (int k = 0; k < width; ++k) unit = (unit << 8) | wire[i * static_cast<uint32_t>(width) + static_cast<uint32_t>(k)];
@@ -156,6 +194,7 @@ void storeUnits(DecodeCall& call, const StringChain& chain, int width)
             static_cast<uint32_t*>(array)[i] = unit;
         }
     }
+    context->services->svcUnlock(context, wire, true);
     storeCounted(call, characters, array);
 }
 
@@ -247,6 +286,29 @@ bool isSecondArc(std::string_view arc, int root)
 }
 
 }  // namespace
+
+void drainChain(RunContext* context, StringChain& chain, uint8_t* target)
+{
+    uint32_t end = static_cast<uint32_t>(chain.dataOctets);
+    uint32_t used = chain.areaOffset - StringChain::kAreaStart;
+    while (chain.lastArea != nullptr) {
+        StringArea* area = chain.lastArea;
+        std::memcpy(target + end - used, area->data, used);
+        end -= used;
+        chain.lastArea = area->previous;
+        scratchStackPop(context, area);
+        used = sizeof area->data;
+    }
+    chain.areaOffset = StringChain::kAreaStart;
+    chain.dataOctets = 0;
+}
+
+std::string chainText(RunContext* context, StringChain& chain)
+{
+    std::string text(static_cast<size_t>(chain.dataOctets), '\0');
+    drainChain(context, chain, reinterpret_cast<uint8_t*>(text.data()));
+    return text;
+}
 
 uint32_t checkUtf8(const uint8_t* text, uint32_t length)
 {
@@ -340,9 +402,11 @@ uint32_t decodeCounted(DecodeCall& call, int32_t length, int32_t& eocPending, bo
     if (identifier && total == 0) reportError(context, RT_MISENCODED);
     if (type.lengthWidth == 2 && total > 0xFFFF) reportError(context, RT_SIZE_TOO_LONG, total);
     void* data = nullptr;
-    if (!chain.octets.empty()) {
-        data = context->services->svcAllocValue(context, static_cast<uint32_t>(chain.octets.size()), 0);
-        std::memcpy(data, chain.octets.data(), chain.octets.size());
+    if (chain.dataOctets > 0) {
+        data = context->services->svcAllocValue(context, static_cast<uint32_t>(chain.dataOctets), 0);
+        drainChain(context, chain, static_cast<uint8_t*>(data));
+    } else {
+        scratchStackPop(context, chain.lastArea);
     }
     storeCounted(call, total, data);
     return consumed;
@@ -356,7 +420,8 @@ uint32_t decodeText(DecodeCall& call, int32_t length, int32_t& eocPending, bool 
     StringChain chain;
     uint32_t unusedBits = 0;
     uint32_t consumed = readStringBody(call, chain, unusedBits, length, eocPending, constructed);
-    std::string text = type.kind == KIND_TIME_TEXT ? rebuildTimeText(context, type, chain.octets) : chain.octets;
+    std::string text = chainText(context, chain);
+    if (type.kind == KIND_TIME_TEXT) text = rebuildTimeText(context, type, text);
     auto* block = static_cast<char*>(context->services->svcAllocValue(context, static_cast<uint32_t>(text.size() + 1), 0));
     *static_cast<char**>(call.value) = block;
     std::memcpy(block, text.data(), text.size());

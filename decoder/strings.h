@@ -3,15 +3,37 @@
 // text of the time types, primitive or in constructed segments.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include "decoder/ber_decode.h"
 
-// The octets gathered from a primitive encoding or from all segments.
-struct StringChain {
-    std::string octets;
+// The octets gathered from a primitive encoding or from all segments, in
+// areas from the decode's scratch stack: the size of a value isn't known
+// before a constructed encoding has been read to its end. All areas but the
+// newest are full; the chain runs from the newest to the oldest.
+struct StringArea {
+    StringArea* previous;
+    uint32_t spare;
+    uint8_t data[1024];
 };
+
+struct StringChain {
+    StringArea* lastArea = nullptr;
+    uint32_t areaOffset = kAreaStart;  // next free offset in lastArea
+    int32_t dataOctets = 0;
+
+    static constexpr uint32_t kAreaStart = offsetof(StringArea, data);
+    static constexpr uint32_t kAreaSize = sizeof(StringArea);
+    static constexpr uint32_t kAreaEnd = kAreaStart + sizeof(StringArea::data);
+};
+
+// Copies the chain, oldest octets first, into `target` of dataOctets
+// octets, and gives the areas back to the scratch stack.
+void drainChain(RunContext* context, StringChain& chain, uint8_t* target);
+// The chain as one text; the areas go back.
+std::string chainText(RunContext* context, StringChain& chain);
 
 uint32_t readStringBody(DecodeCall& call, StringChain& chain, uint32_t& unusedBits, int32_t length,
                         int32_t& eocPending, bool constructed);

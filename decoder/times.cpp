@@ -140,7 +140,9 @@ uint32_t decodeTimeRecord(DecodeCall& call, int32_t length, int32_t& eocPending,
     const TimeKind kind = call.type->kind == KIND_UTC_TIME ? TimeKind::Utc : TimeKind::Generalized;
     auto& record = *static_cast<TimeRecord*>(call.value);
     uint16_t used = 0;
-    int bad = parseTime(chain.octets.c_str(), kind, record, used);
+    // The text with a final NUL, in one block.
+    const std::string text = chainText(context, chain);
+    int bad = parseTime(text.c_str(), kind, record, used);
     int32_t rangeEntry = 0;
     long rangeValue = 0;
     if (bad == 0) {
@@ -165,7 +167,7 @@ uint32_t decodeTimeRecord(DecodeCall& call, int32_t length, int32_t& eocPending,
             }
         }
     }
-    if (used < chain.octets.size() || chain.octets.find('\0') != std::string::npos) reportError(context, RT_MISENCODED);
+    if (used < text.size() || text.find('\0') != std::string::npos) reportError(context, RT_MISENCODED);
     if (bad != 0) reportError(context, RT_MISENCODED);
     if (rangeEntry != 0) reportError(context, rangeEntry, rangeValue);
     return consumed;

@@ -297,3 +297,23 @@ TEST_F(DecodeTest, Times)
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(DecodeTest, TwoSegmentsOfAThousandOctetsComeOutAsOneBlock)
+{
+    Octets octets = {0x24, 0x82, 0x07, 0xD8};
+    for (int segment = 0; segment < 2; ++segment) {
+        octets.insert(octets.end(), {0x04, 0x82, 0x03, 0xE8});
+        for (int i = 0; i < 1000; ++i) octets.push_back(static_cast<uint8_t>(segment * 7 + i));
+    }
+    ASSERT_EQ(0, decode(4, octets));
+    auto* string = static_cast<CountedValue*>(value);
+    ASSERT_EQ(2000u, string->length);
+    const auto* data = static_cast<const uint8_t*>(string->data);
+    EXPECT_EQ(0, std::memcmp(data, octets.data() + 8, 1000));
+    EXPECT_EQ(0, std::memcmp(data + 1000, octets.data() + 1012, 1000));
+    release(4);
+}
+
+}  // namespace
