@@ -317,3 +317,61 @@ TEST_F(DecodeTest, TwoSegmentsOfAThousandOctetsComeOutAsOneBlock)
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(DecodeTest, OidIriTexts)
+{
+    auto iri = [&](int pdu, const std::string& text) {
+        Octets octets = {0x1F, static_cast<uint8_t>(pdu == 29 ? 0x23 : 0x24), static_cast<uint8_t>(text.size())};
+        octets.insert(octets.end(), text.begin(), text.end());
+        int result = decode(pdu, octets);
+        if (result == 0) release(pdu);
+        return result;
+    };
+    EXPECT_EQ(0, iri(29, "/ISO/Registration-Authority/x"));
+    EXPECT_EQ(0, iri(29, "/2/999"));
+    EXPECT_EQ(0, iri(29, "/ITU-T/Recommendation/Q"));
+    EXPECT_EQ(5, iri(29, "/ISO/Bogus"));
+    EXPECT_NE(std::string::npos, errorText().find("D0335E"));
+    EXPECT_EQ(5, iri(29, "/ITU-T/0/27"));
+    EXPECT_NE(std::string::npos, errorText().find("D0335E"));
+    EXPECT_EQ(5, iri(29, "/a/"));
+    EXPECT_NE(std::string::npos, errorText().find("D0334E"));
+    EXPECT_EQ(5, iri(29, "//a"));
+    EXPECT_EQ(5, iri(29, "/0/01"));  // no leading zero
+    EXPECT_EQ(0, iri(30, "a/b"));
+    EXPECT_EQ(5, iri(30, "a/\x01"));  // controls are no arc characters
+    EXPECT_EQ(5, iri(29, "/"));
+}
+
+TEST_F(DecodeTest, TimeFractions)
+{
+    const struct {
+        const char* text;
+        uint16_t hour, minute, second, millisec;
+    } rows[] = {
+        {"20160226123045.9996Z", 12, 30, 45, 999},  // rounding can't carry into the seconds
+        {"2016022612.5Z", 12, 30, 0, 0},
+        {"20160226.5Z", 12, 0, 0, 0},
+        {"201602261230.25Z", 12, 30, 15, 0},
+    };
+    for (const auto& row : rows) {
+        std::string text = row.text;
+        Octets octets = {0x18, static_cast<uint8_t>(text.size())};
+        octets.insert(octets.end(), text.begin(), text.end());
+        ASSERT_EQ(0, decode(22, octets)) << text;
+        auto* record = static_cast<TimeRecord*>(value);
+        EXPECT_EQ(row.hour, record->hour) << text;
+        EXPECT_EQ(row.minute, record->minute) << text;
+        EXPECT_EQ(row.second, record->second) << text;
+        EXPECT_EQ(row.millisec, record->millisec) << text;
+        release(22);
+    }
+    EXPECT_EQ(5, decode(22, {0x18, 0x0F, '2', '0', '1', '6', '0', '2', '2', '6', '1', '2', '3', '0', '4', '5', '.'}));
+    EXPECT_EQ(12, decode(21, {0x17, 0x0D, '1', '6', '1', '3', '0', '2', '1', '2', '3', '0', '4', '5', 'Z'}));
+    EXPECT_EQ("D0012S: Out-of-range value in time type. Month = 13; check PDU #21 'QUELT-UTCTIME'.\n", errorText());
+    EXPECT_EQ(5, decode(25, {0x3F, 0x1F, 0x0A, 0x04, 0x08, '2', '0', '1', '6', '0', '1', '0', '2'}));  // constructed DATE
+}
+
+}  // namespace
