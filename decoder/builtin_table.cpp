@@ -6,6 +6,7 @@
 #include "decoder/control_table.h"
 #include "decoder/primitive.h"
 #include "runtime/context.h"
+#include "timecheck/time_properties.h"
 
 namespace {
 
@@ -75,6 +76,7 @@ void initBuiltinTable(RunContext* context)
     state->hooks.constraintEntry = qorCheckConstraints;
     state->hooks.realEntry = decodeReal;
     state->hooks.timeMasks = kTimePropertyMasks;
+    state->hooks.timePropertiesEntry = qorCheckTimeProperties;
 }
 
 constexpr ControlTable kBuiltinTable = {

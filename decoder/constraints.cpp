@@ -80,7 +80,8 @@ void checkType(RunContext* context, const ControlTable& table, const TypeRecord&
         const uint32_t* masks = timeMasksOfType(table, type, count);
         TimePropertiesEntry check = context->state->hooks.timePropertiesEntry;
         if (check != nullptr && !check(context, text, masks, count)) {
-            reportError(context, decode.pendingEntry, ErrorArgument::ofText(text));
+            reportError(context, decode.pendingEntry,
+                        ErrorArgument::ofText(static_cast<const char*>(decode.pendingArgument)));
         }
     }
     Alphabet alphabet{};
