@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "app/signal.h"
+#include "runtime/output.h"
 #include "runtime/services.h"
 #include "tlv/reader.h"
 
@@ -57,12 +58,20 @@ char* tagName(RunContext* context, const uint8_t* element, int32_t available)
     } else if (tagClassOf == 0 && universalTagName(number) != nullptr) {
         text = copyText(context, universalTagName(number));
     } else {
-        constexpr size_t kBlock = 48;
-        text = static_cast<char*>(qorAlloc(context, kBlock));
-        if (text != nullptr) {
-            const char* word = tagClassOf == 1 ? "APPLICATION " : tagClassOf == 3 ? "PRIVATE " : "";
-            std::snprintf(text, kBlock, "[%s%ld]", word, static_cast<long>(number));
-        }
+        // "[%s%ld]": the class word and the number in brackets.
+        const char* word = tagClassOf == 1 ? "APPLICATION " : tagClassOf == 3 ? "PRIVATE " : "";
+        char made[48];
+        size_t used = std::strlen(word) + 1;
+        made[0] = '[';
+        std::memcpy(made + 1, word, used - 1);
+        char digits[24];
+        char* end = digits + sizeof digits;
+        char* start = decimalDigits(end, number);
+        std::memcpy(made + used, start, static_cast<size_t>(end - start));
+        used += static_cast<size_t>(end - start);
+        made[used++] = ']';
+        made[used] = '\0';
+        text = copyText(context, made);
     }
     if (text == nullptr) signalError(context, 1, 0, 0);
     return text;

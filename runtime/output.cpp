@@ -163,6 +163,26 @@ int qorBlanks(RunContext* context, int width)
     return width;
 }
 
+char* decimalDigits(char* end, long value)
+{
+    unsigned long magnitude = value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
+    char* at = end;
+    do {
+        *--at = static_cast<char>('0' + magnitude % 10);
+        magnitude /= 10;
+    } while (magnitude != 0);
+    if (value < 0) *--at = '-';
+    return at;
+}
+
+int qorWriteDecimal(RunContext* context, long value)
+{
+    char digits[24];
+    char* end = digits + sizeof digits;
+    char* start = decimalDigits(end, value);
+    return qorWrite(context, start, static_cast<size_t>(end - start));
+}
+
 void qorFlush(RunContext* context)
 {
     if (context != nullptr && context->outStream != nullptr) drain(context->outStream);

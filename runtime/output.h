@@ -37,6 +37,8 @@ int qorWrite(RunContext* context, const char* text, size_t length);
 // by their absolute value.
 int qorBlanks(RunContext* context, int width);
 void qorFlush(RunContext* context);
+// A decimal number, as "%ld" prints it, without parsing a format.
+int qorWriteDecimal(RunContext* context, long value);
 // At the end of a record: flushes when the output is a terminal.
 void qorRecordDone(RunContext* context);
 
@@ -50,3 +52,7 @@ int formatAppend(std::string& out, const char* format, va_list args);
 
 // The same into a new string.
 std::string formatText(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// Writes the decimal digits of `value` so that they end at `end`; returns
+// where they begin. `end` needs 21 characters in front of it.
+char* decimalDigits(char* end, long value);

@@ -18,18 +18,17 @@ namespace {
 
 constexpr int kNameField = 18;
 
-int printNumber(RunContext* context, const char* format, long value)
+// " hl=%d l=" with the header length.
+int printHeaderLength(RunContext* context, int32_t header)
 {
-    char text[32];
-    int size = std::snprintf(text, sizeof text, format, value);
-    return qorWrite(context, text, static_cast<size_t>(size));
+    return qorWrite(context, " hl=", 4) + qorWriteDecimal(context, header) + qorWrite(context, " l=", 3);
 }
 
 // Header length, length, form and name; returns the characters printed.
 int printElementFields(RunContext* context, const uint8_t* element, int32_t available, int32_t header,
                        int32_t length, const char* name)
 {
-    int column = printNumber(context, " hl=%ld l=", header);
+    int column = printHeaderLength(context, header);
     if (length == LENGTH_INDEFINITE) {
         column += qorWrite(context, "-128", 4);
     } else {
@@ -120,10 +119,15 @@ void walkDecomposed(RunContext* context, const uint8_t* element, int32_t& count,
 
 int printRightAligned(RunContext* context, int width, unsigned long value)
 {
-    char text[24];
-    int size = std::snprintf(text, sizeof text, "%lu", value);
-    int printed = size < width ? qorBlanks(context, width - size) : 0;
-    return printed + qorWrite(context, text, static_cast<size_t>(size));
+    char text[32];
+    char* end = text + sizeof text;
+    char* start = end;
+    do {
+        *--start = static_cast<char>('0' + value % 10);
+        value /= 10;
+    } while (value != 0);
+    while (end - start < width) *--start = ' ';
+    return qorWrite(context, start, static_cast<size_t>(end - start));
 }
 
 int printDecomposedElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
@@ -163,7 +167,7 @@ int printDecomposedElement(RunContext* context, const uint8_t* element, int32_t 
     if (header == LENGTH_TRUNCATED) {
         column += qorWrite(context, " hl= ???", 8);
     } else if (length == LENGTH_TRUNCATED) {
-        column += printNumber(context, " hl=%ld l= ???", header);
+        column += printHeaderLength(context, header) + qorWrite(context, " ???", 4);
     } else {
         column += printElementFields(context, element, available, header, length, name);
         if (name != nullptr && std::strcmp(name, "END-OF-CONTENTS") != 0) {

@@ -45,9 +45,12 @@ const char* identifierSuffix(bool indefinite, bool flagged)
 
 int printDecimalLength(RunContext* context, int32_t shown)
 {
-    char text[16];
-    int length = std::snprintf(text, sizeof text, "(%ld)", static_cast<long>(shown));
-    return qorWrite(context, text, static_cast<size_t>(length));
+    char text[24];
+    char* end = text + sizeof text - 1;
+    *end = ')';
+    char* start = decimalDigits(end, shown);
+    *--start = '(';
+    return qorWrite(context, start, static_cast<size_t>(end + 1 - start));
 }
 
 }  // namespace

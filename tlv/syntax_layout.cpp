@@ -61,18 +61,18 @@ int padTo(RunContext* context, int width, int printed)
 
 int printLengthField(RunContext* context, int32_t length, int32_t shown, bool bad)
 {
-    char text[24];
-    int size;
-    if (length == LENGTH_INDEFINITE) {
-        size = std::snprintf(text, sizeof text, "indef");
-    } else if (!bad) {
-        size = std::snprintf(text, sizeof text, "%ld", static_cast<long>(shown));
-    } else if (length != LENGTH_TRUNCATED) {
-        size = std::snprintf(text, sizeof text, "?%ld", static_cast<long>(shown));
-    } else {
-        size = std::snprintf(text, sizeof text, "???");
-    }
-    return qorWrite(context, text, static_cast<size_t>(size));
+    if (length == LENGTH_INDEFINITE) return qorWrite(context, "indef", 5);
+    if (!bad) return qorWriteDecimal(context, shown);
+    if (length != LENGTH_TRUNCATED) return qorWrite(context, "?", 1) + qorWriteDecimal(context, shown);
+    return qorWrite(context, "???", 3);
+}
+
+// Times, REALs and INTEGERs are shown whole, however long.
+bool keepsItsWidth(const char* name)
+{
+    if (name[0] == '[') return false;  // a tag in brackets names none of them
+    return std::strstr(name, "Time") != nullptr || std::strstr(name, "REAL") != nullptr ||
+           std::strstr(name, "INTEGER") != nullptr;
 }
 
 }  // namespace
@@ -166,9 +166,7 @@ int printRendered(RunContext* context, const char* text, const char* name, int c
 {
     size_t size = std::strlen(text);
     int room = kLineEnd - column;
-    bool keepsWidth = (std::strstr(name, "Time") != nullptr || std::strstr(name, "REAL") != nullptr ||
-                       std::strstr(name, "INTEGER") != nullptr) &&
-                      (context->toolFlags & TLV_VALUE_FAILED) == 0;
+    bool keepsWidth = keepsItsWidth(name) && (context->toolFlags & TLV_VALUE_FAILED) == 0;
     if ((context->toolFlags & TLV_NO_SHORT) != 0) return qorWrite(context, text, size);
     if (keepsWidth || context->lineWidth == 0 || context->lineWidth > static_cast<uint32_t>(kCopyLimit)) {
         room = kCopyLimit;
