@@ -95,7 +95,10 @@ int loadInput(RunContext* context, std::FILE* stream, uint32_t offset, uint32_t 
     size_t bytes = static_cast<size_t>(want) + static_cast<size_t>(spare) + extra;
     LoadBlock memory(context, static_cast<uint8_t*>(qorAlloc(context, bytes)));
     if (memory.get() == nullptr) return LOAD_NO_MEMORY;
-    std::memset(memory.get(), 0, bytes);
+    // Binary input fills its octets by reading: only what lies behind them
+    // (the spare octets) needs clearing.
+    size_t cleared = text ? 0 : static_cast<size_t>(want);
+    std::memset(memory.get() + cleared, 0, bytes - cleared);
 
     if (!text) {
         if (std::fread(memory.get(), 1, static_cast<size_t>(want), stream) != static_cast<size_t>(want)) {

@@ -151,6 +151,16 @@ int qorWrite(RunContext* context, const char* text, size_t length)
     return static_cast<int>(length);
 }
 
+char* qorReserve(RunContext* context, size_t length)
+{
+    if (overridden(context) || length > OutStream::kCapacity) return nullptr;
+    OutStream* stream = context->outStream;
+    if (stream->used + length > OutStream::kCapacity) drain(stream);
+    char* room = stream->buffer + stream->used;
+    stream->used += length;
+    return room;
+}
+
 int qorBlanks(RunContext* context, int width)
 {
     static constexpr char kBlanks[] = "                                                                ";

@@ -33,6 +33,10 @@ int qorPrint(RunContext* context, const char* format, ...) __attribute__((format
 int qorPrintV(RunContext* context, const char* format, va_list args);
 // Pre-formatted text: same override, same character count as qorPrint("%s").
 int qorWrite(RunContext* context, const char* text, size_t length);
+// Room for `length` characters in the run buffer, to be filled by the
+// caller; null when the output goes elsewhere (an override, or a text
+// larger than the buffer), and the caller uses qorWrite instead.
+char* qorReserve(RunContext* context, size_t length);
 // Blanks: what "%*s" with an empty string prints for a width, negative widths
 // by their absolute value.
 int qorBlanks(RunContext* context, int width);
