@@ -92,7 +92,10 @@ int hexadecimalForm(RunContext* context, RenderInput& input, char*& text)
         failure = FAIL_OVERRUN;
     }
     if (input.contents > 0) {
-        text = hexText(context, input.element + header, input.contents);
+        // A constructed element's text is only shown when it failed.
+        const bool shown = failure != FAIL_NONE || (input.element[0] & CONSTRUCTED_BIT) == 0;
+        text = shown ? hexText(context, input.element + header, shownOctets(context, input.contents))
+                     : newText(context, "", 0);
         if (text == nullptr) return FAIL_NO_MEMORY;
     }
     return failure;

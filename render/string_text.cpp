@@ -317,7 +317,8 @@ int bitStringText(RunContext* context, const RenderInput&, const void* value, ch
 int octetStringText(RunContext* context, const RenderInput&, const void* value, char*& text)
 {
     const auto& octets = *static_cast<const CountedValue*>(value);
-    text = hexText(context, static_cast<const uint8_t*>(octets.data), static_cast<int32_t>(octets.length));
+    text = hexText(context, static_cast<const uint8_t*>(octets.data),
+                   shownOctets(context, static_cast<int32_t>(octets.length)));
     return text == nullptr ? 1 : 0;
 }
 

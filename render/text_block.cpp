@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "runtime/context.h"
 #include "runtime/services.h"
 
 char* hexText(RunContext* context, const uint8_t* octets, int32_t count)
@@ -45,4 +46,11 @@ char* newText(RunContext* context, const char* text, size_t length)
 OwnedText::~OwnedText()
 {
     qorFree(context_, text_);
+}
+
+int32_t shownOctets(const RunContext* context, int32_t count)
+{
+    constexpr int32_t kMostShown = 513;
+    if ((context->toolFlags & TLV_NO_SHORT) != 0) return count;
+    return count < kMostShown ? count : kMostShown;
 }

@@ -18,6 +18,11 @@ int copyDecodedString(RunContext* context, const void* value, char*& result);
 // A TextMaker that copies the decoded text as it stands.
 int copiedText(RunContext* context, const RenderInput& input, const void* value, char*& text);
 
+// How many of `count` octets a text needs: a line shows at most 1024
+// characters of a value unless nothing is truncated, so a text of 513
+// octets in hexadecimal is truncated exactly as the whole one would be.
+int32_t shownOctets(const RunContext* context, int32_t count);
+
 // A new block from qorAlloc holding `length` characters and a terminator.
 char* newText(RunContext* context, const char* text, size_t length);
 
