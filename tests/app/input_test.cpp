@@ -25,18 +25,31 @@ Loaded convert(RunContext* context, const std::string& text)
     return loaded;
 }
 
-Loaded load(RunContext* context, const std::string& contents, bool text, uint32_t offset, uint32_t count)
+Loaded load(RunContext* context, const std::string& contents, bool text, uint32_t offset, uint32_t count,
+            int32_t spare = 0)
 {
     std::FILE* file = std::tmpfile();
     std::fwrite(contents.data(), 1, contents.size(), file);
     if (text) context->toolFlags |= TLV_TEXT_INPUT;
-    InputBuffer buffer = {0, nullptr};
+    InputBuffer buffer = {spare, nullptr};
     Loaded loaded{loadInput(context, file, offset, count, buffer), {}};
     context->toolFlags &= ~TLV_TEXT_INPUT;
     std::fclose(file);
     if (buffer.data != nullptr) loaded.octets.assign(buffer.data, buffer.data + buffer.length);
     qorFree(context, buffer.data);
     return loaded;
+}
+
+std::vector<uint8_t> repeated(size_t times, uint8_t octet)
+{
+    return std::vector<uint8_t>(times, octet);
+}
+
+std::string lines(int count, const std::string& line)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i) text += line + "\n";
+    return text;
 }
 
 TEST(HexTextToBinary, DigitsWhiteSpaceAndStrangers)
@@ -65,34 +78,94 @@ TEST(HexTextToBinary, DigitsWhiteSpaceAndStrangers)
     }
 }
 
-TEST(LoadInput, BinaryOffsetAndCount)
+struct LoadRow {
+    std::string contents;
+    uint32_t offset;
+    uint32_t count;
+    int32_t spare;
+    int result;
+    std::vector<uint8_t> octets;
+};
+
+void checkRows(bool text, const std::vector<LoadRow>& rows)
 {
     TestContext run;
-    const std::string ten = "0123456789";
-    EXPECT_EQ(46, load(run.get(), "", false, 0, 0).result);
-    EXPECT_EQ(47, load(run.get(), ten, false, 10, 0).result);
-    Loaded last = load(run.get(), ten, false, 9, 0);
-    EXPECT_EQ(0, last.result);
-    EXPECT_EQ(std::vector<uint8_t>{'9'}, last.octets);
-    Loaded rest = load(run.get(), ten, false, 2, 1000);
-    EXPECT_EQ(0, rest.result);
-    EXPECT_EQ(8u, rest.octets.size());
+    for (const LoadRow& row : rows) {
+        Loaded loaded = load(run.get(), row.contents, text, row.offset, row.count, row.spare);
+        std::string shown = row.contents.substr(0, 20) + " +" + std::to_string(row.offset) + "," +
+                            std::to_string(row.count);
+        EXPECT_EQ(row.result, loaded.result) << shown;
+        EXPECT_EQ(row.octets, loaded.octets) << shown;
+    }
+    EXPECT_EQ("", run.output());  // loading reports nothing itself
 }
 
-TEST(LoadInput, TextOffsetAndCountInDigits)
+TEST(LoadInput, BinaryOffsetCountAndSpareOctets)
 {
-    TestContext run;
-    Loaded cut = load(run.get(), "30 03 02 01 05", true, 2, 4);
-    EXPECT_EQ(0, cut.result);
-    EXPECT_EQ((std::vector<uint8_t>{0x03, 0x02}), cut.octets);
-    EXPECT_EQ(48, load(run.get(), "30 03 02 01 05", true, 0, 40).result);
-    EXPECT_EQ(47, load(run.get(), "3003", true, 9, 0).result);
-    // Counting stops with the characters read: a later offset fails on
-    // line-broken text although the file is long enough.
-    std::string lines;
-    for (int i = 0; i < 4; ++i) lines += std::string(32, '1') + "\n";
-    EXPECT_EQ(47, load(run.get(), lines, true, 40, 10).result);
-    EXPECT_EQ(0, load(run.get(), std::string(128, '1'), true, 40, 10).result);
+    const std::string ten = "0123456789";
+    checkRows(false, {
+        {"", 0, 0, 0, 46, {}},
+        {"", 0, 0, 16, 46, {}},
+        {ten, 10, 0, 0, 47, {}},
+        {ten, 4000000000u, 0, 0, 47, {}},
+        {ten, 9, 0, 0, 0, {'9'}},
+        {ten, 0, 0, 0, 0, {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9'}},
+        {ten, 2, 3, 0, 0, {'2', '3', '4'}},
+        // A count beyond the rest of the file is no error.
+        {ten, 2, 1000, 0, 0, {'2', '3', '4', '5', '6', '7', '8', '9'}},
+        // Spare octets stand behind the input, zero, and are counted in the length.
+        {ten, 8, 0, 3, 0, {'8', '9', 0, 0, 0}},
+        {ten, 0, 1, 2, 0, {'0', 0, 0}},
+    });
+}
+
+TEST(LoadInput, TextOffsetAndCountCountDigits)
+{
+    const std::string five = "30 03 02 01 05";
+    checkRows(true, {
+        {five, 2, 4, 0, 0, {0x03, 0x02}},
+        {five, 2, 0, 0, 0, {0x03, 0x02, 0x01, 0x05}},
+        {five, 0, 3, 0, 0, {0x30, 0x00}},
+        {five, 0, 40, 0, 48, {}},
+        {five, 0, 10, 0, 0, {0x30, 0x03, 0x02, 0x01, 0x05}},
+        {five, 0, 11, 0, 48, {}},
+        // The offset may use up every digit; an empty input is no error.
+        {five, 10, 0, 0, 0, {}},
+        {five, 11, 0, 0, 47, {}},
+        {"3003", 9, 0, 0, 47, {}},
+        // Within the count a stranger is kept and found by the conversion.
+        {"05 0z 00", 0, 4, 0, 49, {0x05, 0x00}},
+        {"30\n03\n", 0, 4, 0, 0, {0x30, 0x03}},
+        {"05\r\n00\r\n", 0, 0, 0, 0, {0x05, 0x00}},
+        {" \n\t\n ", 0, 0, 0, 0, {}},
+        // Text takes no spare octets.
+        {"0500", 0, 0, 16, 0, {0x05, 0x00}},
+    });
+}
+
+TEST(LoadInput, TextCountLimitsTheCharactersRead)
+{
+    // The count also bounds the characters read, white space included:
+    // on line-broken text the offset or the count can't be met although
+    // the file holds enough digits. A single line doesn't fail that way.
+    checkRows(true, {
+        {lines(4, std::string(32, '1')), 40, 10, 0, 47, {}},
+        {std::string(128, '1'), 40, 10, 0, 0, repeated(5, 0x11)},
+        {"3003\n0201\n05\n", 3, 4, 0, 48, {}},
+    });
+}
+
+TEST(LoadInput, TextLongerThanOneLineRead)
+{
+    // Lines are read 1023 characters at a time.
+    std::string ab;
+    for (int i = 0; i < 1500; ++i) ab += "ab";
+    checkRows(true, {
+        {ab, 0, 0, 0, 0, repeated(1500, 0xAB)},
+        {ab, 2000, 0, 0, 0, repeated(500, 0xAB)},
+        {ab, 1, 2500, 0, 0, repeated(1250, 0xBA)},
+        {lines(3, ab), 0, 0, 0, 0, repeated(4500, 0xAB)},
+    });
 }
 
 }  // namespace

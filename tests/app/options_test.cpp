@@ -1,0 +1,231 @@
+#include "app/options.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "app/driver.h"
+#include "tests/test_context.h"
+#include "tlv/decomposed_layout.h"
+#include "tlv/hex_layout.h"
+#include "tlv/syntax_layout.h"
+
+namespace {
+
+// One pass of the option loop over `args` (the program's name is added).
+struct Parsed {
+    int exitIndex = 0;  // the driver message that ended the loop, or 0
+    OptionsOutcome outcome = OptionsOutcome::Run;
+    DriverState state{};
+    // Copies of the names, which point into the argument vector.
+    std::string inputName, outputName, repairName;
+    uint32_t toolFlags = 0;
+    uint32_t padByteSpec = 0;
+    std::string printed;
+};
+
+Parsed parse(const std::vector<std::string>& args)
+{
+    TestContext run;
+    std::vector<std::string> words = {"qortlv"};
+    words.insert(words.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(word.data());
+    argv.push_back(nullptr);
+
+    Parsed parsed;
+    parsed.state.binaryInput = true;
+    RunContext* context = run.get();
+    const uint32_t before = context->toolFlags;
+    try {
+        parsed.outcome = parseArguments(context, parsed.state, static_cast<int>(words.size()), argv.data());
+    } catch (const ToolJump& jump) {
+        parsed.exitIndex = jump.value;
+    }
+    parsed.toolFlags = context->toolFlags & ~before;
+    parsed.padByteSpec = context->padByteSpec;
+    parsed.printed = run.output();
+    auto copy = [](const char* name) { return std::string(name != nullptr ? name : "<none>"); };
+    parsed.inputName = copy(parsed.state.inputName);
+    parsed.outputName = copy(parsed.state.outputName);
+    parsed.repairName = copy(parsed.state.repairName);
+    parsed.state.inputName = parsed.state.outputName = parsed.state.repairName = nullptr;
+    return parsed;
+}
+
+TEST(OptionLoop, AbbreviationsAndFlags)
+{
+    const struct {
+        std::vector<std::string> args;
+        uint32_t flags;
+        LayoutPrinter printer;
+    } rows[] = {
+        {{"-h", "in"}, 0, printHexLayout},
+        {{"-HEXA", "in"}, 0, printHexLayout},
+        {{"-hexadecimal", "in"}, 0, printHexLayout},
+        {{"-De", "in"}, 0, printDecomposedLayout},
+        {{"-s", "in"}, 0, printSyntaxLayout},
+        {{"in"}, 0, nullptr},
+        {{"-nos", "in"}, TLV_NO_SHORT, nullptr},
+        {{"-NOADD", "in"}, TLV_NO_ADDITION, nullptr},
+        {{"-not", "in"}, TLV_NO_TITLES, nullptr},
+        {{"-noc", "in"}, TLV_NO_CDR_HEADERS, nullptr},
+        {{"-t", "in"}, TLV_TEXT_INPUT, nullptr},
+        {{"-zf", "rep", "in"}, TLV_FIX_ENCODING, nullptr},
+        // The loop itself doesn't set the trace bit: -znotrace only clears it.
+        {{"-zn", "in"}, 0, nullptr},
+    };
+    for (const auto& row : rows) {
+        Parsed parsed = parse(row.args);
+        std::string shown = row.args[0];
+        EXPECT_EQ(0, parsed.exitIndex) << shown << ": " << parsed.printed;
+        EXPECT_EQ(row.flags, parsed.toolFlags) << shown;
+        EXPECT_EQ(row.printer, parsed.state.printer) << shown;
+        EXPECT_EQ("in", parsed.inputName) << shown;
+    }
+}
+
+TEST(OptionLoop, FirstLayoutWinsAndRepeatsAreIgnored)
+{
+    Parsed parsed = parse({"-syn", "-dec", "-SYNTAX", "in"});
+    EXPECT_EQ(printSyntaxLayout, parsed.state.printer);
+    EXPECT_EQ("Ignored extra TLV-format option: -dec.\nIgnored extra TLV-format option: -SYNTAX.\n", parsed.printed);
+}
+
+TEST(OptionLoop, NamesAndRanges)
+{
+    Parsed text = parse({"-text", "+name"});
+    EXPECT_EQ("+name", text.inputName);
+    EXPECT_FALSE(text.state.binaryInput);
+
+    Parsed binary = parse({"-b", "file", "-o", "list.txt", "-zfix", "fixed.ber"});
+    EXPECT_EQ("file", binary.inputName);
+    EXPECT_EQ("list.txt", binary.outputName);
+    EXPECT_EQ("fixed.ber", binary.repairName);
+    EXPECT_TRUE(binary.state.binaryInput);
+
+    // A later range overwrites what it names and keeps the rest.
+    Parsed ranges = parse({"in", "+7,3", "+12"});
+    EXPECT_EQ(12u, ranges.state.offset);
+    EXPECT_EQ(3u, ranges.state.count);
+
+    Parsed noCount = parse({"in", "+0"});
+    EXPECT_EQ(0u, noCount.state.offset);
+    EXPECT_EQ(0u, noCount.state.count);
+}
+
+TEST(OptionLoop, HelpEndsTheLoopAndUsageStandsAlone)
+{
+    Parsed help = parse({"-help", "-bogus"});
+    EXPECT_EQ(0, help.exitIndex);
+    EXPECT_EQ(OptionsOutcome::Finished, help.outcome);
+    EXPECT_EQ(0u, help.printed.rfind("Options: (.D. indicates default)\n\n  -binary <infile>", 0));
+
+    Parsed usage = parse({});
+    EXPECT_EQ(OptionsOutcome::Finished, usage.outcome);
+    EXPECT_EQ(0u, usage.printed.rfind("Usage:  qortlv [-b|-t] <input>", 0));
+    const std::string lastLine = "\n               [-help ]";
+    ASSERT_GE(usage.printed.size(), lastLine.size());
+    EXPECT_EQ(lastLine, usage.printed.substr(usage.printed.size() - lastLine.size()));
+}
+
+TEST(OptionLoop, RefusedCommandLines)
+{
+    const std::string usageStart = "\n\nUsage:  qortlv [-b|-t] <input>";
+    const struct {
+        std::vector<std::string> args;
+        int index;
+        std::string message;
+        bool usage;
+    } rows[] = {
+        {{"-b"}, 5, "Input file name is missing.", true},
+        {{"-t", "-x"}, 5, "Input file name is missing.", true},
+        {{"-o"}, 6, "Output file name is missing.", true},
+        {{"in", "-output", "-x"}, 6, "Output file name is missing.", true},
+        {{"-zfixencoding", "-"}, 6, "Output file name is missing.", true},
+        {{"-hel"}, 7, "Unidentified input parameter, -hel.", true},
+        {{"-no"}, 7, "Unidentified input parameter, -no.", true},
+        {{"-z"}, 7, "Unidentified input parameter, -z.", true},
+        {{"-hexadecimalx"}, 7, "Unidentified input parameter, -hexadecimalx.", true},
+        {{"-bogus", "-help"}, 7, "Unidentified input parameter, -bogus.", true},
+        {{"a", "b"}, 8, "Too many input file names.", true},
+        {{"a", "-b", "b"}, 8, "Too many input file names.", true},
+        {{"a", "-"}, 8, "Too many input file names.", true},
+        {{"-o", "x", "-out", "y"}, 10, "Too many output file names.", false},
+        {{"-zf", "x", "-zfix", "y"}, 10, "Too many output file names.", false},
+        {{"in", "+"}, 12, "Invalid offset into input file, +.", false},
+        {{"in", "+,5"}, 12, "Invalid offset into input file, ,5.", false},
+        {{"in", "+1a"}, 12, "Invalid offset into input file, 1a.", false},
+        {{"in", "+-1"}, 12, "Invalid offset into input file, -1.", false},
+        {{"in", "+10,"}, 13, "Invalid number of bytes to be read from input file, +10,.", false},
+        {{"in", "+,"}, 13, "Invalid number of bytes to be read from input file, +,.", false},
+        {{"in", "+1,x"}, 13, "Invalid number of bytes to be read from input file, x.", false},
+        {{"in", "+1,2,3"}, 13, "Invalid number of bytes to be read from input file, 2,3.", false},
+        {{"in", "-pad"}, 14, "The -pad option requires a mandatory parameter <byte>.", false},
+        {{"in", "-pad", "-1"}, 14, "The -pad option requires a mandatory parameter <byte>.", false},
+        {{"in", "-pad", "256"}, 15, "Invalid pad byte, 256.", false},
+        {{"in", "-pad", "0x"}, 15, "Invalid pad byte, 0x.", false},
+        {{"in", "-pad", "0x100"}, 15, "Invalid pad byte, 0x100.", false},
+        {{"in", "-pad", "08"}, 15, "Invalid pad byte, 08.", false},
+        {{"in", "-pad", "12 "}, 15, "Invalid pad byte, 12 .", false},
+        {{"in", "-pad", "FF"}, 15, "Invalid pad byte, FF.", false},
+    };
+    for (const auto& row : rows) {
+        Parsed parsed = parse(row.args);
+        std::string shown = row.args.back();
+        EXPECT_EQ(row.index, parsed.exitIndex) << shown;
+        EXPECT_EQ(0u, parsed.printed.rfind(row.message, 0)) << shown << ": " << parsed.printed;
+        std::string behind = parsed.printed.substr(std::min(parsed.printed.size(), row.message.size()));
+        if (row.usage) {
+            EXPECT_EQ(0u, behind.rfind(usageStart, 0)) << shown;
+        } else {
+            EXPECT_EQ("", behind) << shown;
+        }
+    }
+}
+
+TEST(OptionLoop, PadByteInTheBaseItsTextShows)
+{
+    const struct {
+        const char* text;
+        uint32_t padByteSpec;
+    } rows[] = {
+        {"0", 1},       {"1", 2},        {"10", 11},      {"128", 129},  {"255", 256},
+        {"0x00", 1},    {"0xFF", 256},   {"0Xa", 11},     {"010", 9},    {"0377", 256},
+        {"", 1},        {" 7", 8},       {"+0x0A", 11},   {"\t+12", 13},
+    };
+    for (const auto& row : rows) {
+        Parsed parsed = parse({"in", "-pad", row.text});
+        EXPECT_EQ(0, parsed.exitIndex) << '"' << row.text << '"';
+        EXPECT_EQ(row.padByteSpec, parsed.padByteSpec) << '"' << row.text << '"';
+    }
+}
+
+TEST(ParseDecimal, ThirtyTwoBitsWithoutOverflowCheck)
+{
+    TestContext run;
+    const struct {
+        std::string text;
+        uint32_t value;
+    } rows[] = {
+        {"", 0},
+        {"0", 0},
+        {"007", 7},
+        {"4294967294", 4294967294u},
+        // Reaching all ones stops the reading, whatever follows.
+        {"4294967295", 4294967295u},
+        {"42949672959x", 4294967295u},
+        // Past it the value wraps: 4294967296 is 2^32.
+        {"4294967296", 0},
+        {"99999999999", 1215752191u},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.value, parseDecimal(row.text.c_str(), row.text.size(), run.get(), 12)) << row.text;
+    }
+    // Only the given count of characters is read.
+    EXPECT_EQ(12u, parseDecimal("12,x", 2, run.get(), 13));
+    EXPECT_EQ("", run.output());
+}
+
+}  // namespace
