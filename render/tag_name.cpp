@@ -40,39 +40,43 @@ const char* universalTagName(int32_t tag)
     return kUniversalNames[tag];
 }
 
-char* tagName(RunContext* context, const uint8_t* element, int32_t available)
+const char* tagNameText(RunContext* context, const uint8_t* element, int32_t available, TagNameBuffer& buffer)
 {
     if (available == 0) return nullptr;
     int tagClassOf = tagClass(context, element, available);
     int32_t number = tagNumber(context, element, available);
     if (number == -1) return nullptr;
-
-    char* text = nullptr;
     if (tagClassOf == 0 && number == 0) {
         // Universal tag 0 is the end-of-contents; its second octet must be 0.
         if (available < 2 || element[1] != 0) {
             signalError(context, 37, 0, 0);
             return nullptr;
         }
-        text = copyText(context, "END-OF-CONTENTS");
-    } else if (tagClassOf == 0 && universalTagName(number) != nullptr) {
-        text = copyText(context, universalTagName(number));
-    } else {
-        // "[%s%ld]": the class word and the number in brackets.
-        const char* word = tagClassOf == 1 ? "APPLICATION " : tagClassOf == 3 ? "PRIVATE " : "";
-        char made[48];
-        size_t used = std::strlen(word) + 1;
-        made[0] = '[';
-        std::memcpy(made + 1, word, used - 1);
-        char digits[24];
-        char* end = digits + sizeof digits;
-        char* start = decimalDigits(end, number);
-        std::memcpy(made + used, start, static_cast<size_t>(end - start));
-        used += static_cast<size_t>(end - start);
-        made[used++] = ']';
-        made[used] = '\0';
-        text = copyText(context, made);
+        return "END-OF-CONTENTS";
     }
+    if (tagClassOf == 0 && universalTagName(number) != nullptr) return universalTagName(number);
+    // "[%s%ld]": the class word and the number in brackets.
+    const char* word = tagClassOf == 1 ? "APPLICATION " : tagClassOf == 3 ? "PRIVATE " : "";
+    char* made = buffer.text;
+    size_t used = std::strlen(word) + 1;
+    made[0] = '[';
+    std::memcpy(made + 1, word, used - 1);
+    char digits[24];
+    char* end = digits + sizeof digits;
+    char* start = decimalDigits(end, number);
+    std::memcpy(made + used, start, static_cast<size_t>(end - start));
+    used += static_cast<size_t>(end - start);
+    made[used++] = ']';
+    made[used] = '\0';
+    return made;
+}
+
+char* tagName(RunContext* context, const uint8_t* element, int32_t available)
+{
+    TagNameBuffer buffer;
+    const char* name = tagNameText(context, element, available, buffer);
+    if (name == nullptr) return nullptr;
+    char* text = copyText(context, name);
     if (text == nullptr) signalError(context, 1, 0, 0);
     return text;
 }

@@ -144,7 +144,7 @@ int qorPrint(RunContext* context, const char* format, ...)
     return count;
 }
 
-int qorWrite(RunContext* context, const char* text, size_t length)
+int qorWriteSlow(RunContext* context, const char* text, size_t length)
 {
     if (overridden(context)) return callOverride(context, "%.*s", static_cast<int>(length), text);
     append(context->outStream, text, length);

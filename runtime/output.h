@@ -7,9 +7,10 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
-struct RunContext;
+#include "runtime/context.h"
 
 struct OutStream {
     static constexpr size_t kCapacity = 64 * 1024;
@@ -32,7 +33,17 @@ bool outStreamRelease(OutStream* stream);
 int qorPrint(RunContext* context, const char* format, ...) __attribute__((format(printf, 2, 3)));
 int qorPrintV(RunContext* context, const char* format, va_list args);
 // Pre-formatted text: same override, same character count as qorPrint("%s").
-int qorWrite(RunContext* context, const char* text, size_t length);
+int qorWriteSlow(RunContext* context, const char* text, size_t length);
+inline int qorWrite(RunContext* context, const char* text, size_t length)
+{
+    OutStream* stream = context->outStream;
+    if (context->printOverride == nullptr && stream->used + length <= OutStream::kCapacity) {
+        std::memcpy(stream->buffer + stream->used, text, length);
+        stream->used += length;
+        return static_cast<int>(length);
+    }
+    return qorWriteSlow(context, text, length);
+}
 // Room for `length` characters in the run buffer, to be filled by the
 // caller; null when the output goes elsewhere (an override, or a text
 // larger than the buffer), and the caller uses qorWrite instead.

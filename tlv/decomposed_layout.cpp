@@ -133,7 +133,8 @@ int printRightAligned(RunContext* context, int width, unsigned long value)
 int printDecomposedElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
                            long offset, bool& indefinite)
 {
-    char* name = tagName(context, element, available);
+    TagNameBuffer nameBuffer;
+    const char* name = tagNameText(context, element, available, nameBuffer);
     if (name == nullptr) return 1;
     int32_t length = LENGTH_TRUNCATED;
     int nameWidth = 0;
@@ -142,10 +143,8 @@ int printDecomposedElement(RunContext* context, const uint8_t* element, int32_t 
     // tag of 00.
     if (element[0] == 0 && !indefinite) {
         signalError(context, 73, 0, 0);
-        qorFree(context, name);
         name = nullptr;
     }
-    OwnedText ownedName(context, name);
 
     int32_t header = headerLength(context, element, available);
     if (header == LENGTH_TRUNCATED || header > available) {

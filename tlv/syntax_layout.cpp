@@ -91,15 +91,14 @@ int printSyntaxElement(RunContext* context, const uint8_t* element, int32_t avai
                        bool& indefinite, bool& titles)
 {
     const int indent = 2 * depth;
-    char* name = tagName(context, element, available);
+    TagNameBuffer nameBuffer;
+    const char* name = tagNameText(context, element, available, nameBuffer);
     if (name == nullptr) return 1;
     indefinite = false;
     if (element[0] == 0) {
         signalError(context, 73, 0, 0);
-        qorFree(context, name);
         name = nullptr;
     }
-    OwnedText fullName(context, name);
 
     if ((context->toolFlags & TLV_NO_TITLES) == 0 && titles) {
         qorWrite(context, "\n", 1);

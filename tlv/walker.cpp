@@ -71,10 +71,9 @@ int32_t firstRecordLength(RunContext* context, const uint8_t* record, int32_t av
 
 bool isEndOfContents(RunContext* context, const uint8_t* octets)
 {
-    char* name = tagName(context, octets, 2);
-    bool result = name != nullptr && std::strcmp(name, "END-OF-CONTENTS") == 0;
-    qorFree(context, name);
-    return result;
+    TagNameBuffer buffer;
+    const char* name = tagNameText(context, octets, 2, buffer);
+    return name != nullptr && std::strcmp(name, "END-OF-CONTENTS") == 0;
 }
 
 }  // namespace
