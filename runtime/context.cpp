@@ -69,6 +69,7 @@ void qorStopContext(RunContext* context)
         context->savedOutStream = nullptr;
     }
     qorFlush(context);
+    svcReleaseSpares(context);
     context->stateFreeFn(context->state->longErrorText);
     releaseState(context);
 }

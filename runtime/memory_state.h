@@ -22,4 +22,5 @@ struct MemoryState {
     BlockTable* valueTables;  // head of the chain of value heaps
     ScratchChunk* scratchArena;
     uint32_t scratchUsers;
+    BlockTable* spareTables[2];  // emptied tables kept for the next decode
 };

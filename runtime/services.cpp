@@ -41,11 +41,36 @@ size_t tableBytes(uint8_t capacityLog2)
     return sizeof(BlockTable) + (static_cast<size_t>(1) << capacityLog2) * sizeof(BlockEntry) - sizeof(BlockEntry);
 }
 
+// Every decode opens two tables and closes them again: the smallest ones
+// are kept for the next decode instead of going back to the heap.
 BlockTable* newTable(RunContext* context)
 {
+    MemoryState& memory = context->memory;
+    for (BlockTable*& spare : memory.spareTables) {
+        if (spare != nullptr) {
+            BlockTable* table = spare;
+            spare = nullptr;
+            std::memset(static_cast<void*>(table), 0, tableBytes(0));
+            return table;
+        }
+    }
     auto* table = static_cast<BlockTable*>(allocChecked(context, static_cast<uint32_t>(tableBytes(0)), true));
     table->capacityLog2 = 0;
     return table;
+}
+
+void releaseTable(RunContext* context, BlockTable* table)
+{
+    MemoryState& memory = context->memory;
+    if (table->capacityLog2 == 0) {
+        for (BlockTable*& spare : memory.spareTables) {
+            if (spare == nullptr) {
+                spare = table;
+                return;
+            }
+        }
+    }
+    memory.freeHook(context, table);
 }
 
 // Doubles a full table: the new one takes the old one's place in the chain.
@@ -107,7 +132,7 @@ void releaseTables(RunContext* context, bool releaseBlocks)
             for (int32_t i = table->count - 1; i >= 0; --i) memory.freeHook(context, table->entries[i].block);
         }
         memory.valueTables = table->next;
-        memory.freeHook(context, table);
+        releaseTable(context, table);
     }
 }
 
@@ -177,7 +202,7 @@ void svcCloseScratch(RunContext* context)
     for (int32_t i = table->count - 1; i >= 0; --i) {
         if (table->entries[i].size != 0) memory.freeHook(context, table->entries[i].block);
     }
-    memory.freeHook(context, table);
+    releaseTable(context, table);
     memory.scratchTable = nullptr;
     memory.scratchArena = nullptr;
 }
@@ -278,6 +303,14 @@ const ServiceTable* svcInstall(RunContext* context)
     context->memory.valueAlignment = 8;
     context->memory.scratchHeader = kScratchHeader;
     return &kServices;
+}
+
+void svcReleaseSpares(RunContext* context)
+{
+    for (BlockTable*& spare : context->memory.spareTables) {
+        if (spare != nullptr) context->memory.freeHook(context, spare);
+        spare = nullptr;
+    }
 }
 
 void* qorAlloc(RunContext* context, size_t size)

@@ -56,6 +56,9 @@ struct ServiceTable {
 // their start values.
 const ServiceTable* svcInstall(RunContext* context);
 
+// Gives back the tables kept between decodes (at the stop of the context).
+void svcReleaseSpares(RunContext* context);
+
 // Plain blocks; every caller tests for null. The contents are not cleared.
 void* qorAlloc(RunContext* context, size_t size);
 void qorFree(RunContext* context, void* block);
