@@ -3,7 +3,7 @@ BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all build run test test-sanitize bench clean
+.PHONY: all build run test test-sanitize bench fuzz fuzz-run clean
 
 all: build
 
@@ -22,8 +22,15 @@ test-sanitize:
 	@cmake --build $(SANITIZE_BUILD) -j $(JOBS)
 	cd $(SANITIZE_BUILD) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure
 
+fuzz:
+	@cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ -DQORTLV_FUZZ=ON -DQORTLV_TESTS=OFF >/dev/null
+	@cmake --build build-fuzz -j $(JOBS)
+
+fuzz-run: fuzz
+	fuzz/run.sh
+
 bench: build
 	bench/run.sh
 
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) build-fuzz

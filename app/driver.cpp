@@ -17,10 +17,14 @@ namespace {
 // Opens and loads the input; returns the load's result code.
 int openAndLoad(RunContext* context, DriverState& state)
 {
-    state.inputFile = std::fopen(state.inputName, state.binaryInput ? "rb" : "rt");
-    if (state.inputFile == nullptr) return 45;
+    std::FILE* stream = state.presetInput;
+    if (stream == nullptr) {
+        state.inputFile = std::fopen(state.inputName, state.binaryInput ? "rb" : "rt");
+        stream = state.inputFile;
+    }
+    if (stream == nullptr) return 45;
     state.buffer.length = 0;  // no spare octets
-    return loadInput(context, state.inputFile, state.offset, state.count, state.buffer);
+    return loadInput(context, stream, state.offset, state.count, state.buffer);
 }
 
 // Reports a failed load; 45 to 48 end the run, 49 comes back.
@@ -76,9 +80,15 @@ void releaseRun(RunContext* context, DriverState& state)
 
 int runDriver(RunContext* context, int argc, char** argv)
 {
+    return runDriverOn(context, argc, argv, nullptr);
+}
+
+int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
+{
     const uint32_t savedFlags = context->toolFlags;
     DriverState state{};
     state.binaryInput = true;
+    state.presetInput = input;
     context->jumpTarget = true;
     try {
         context->toolFlags |= TLV_TRACE_FIXUPS;

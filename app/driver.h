@@ -21,9 +21,13 @@ struct DriverState {
     LayoutPrinter printer;
     bool outputOpened;
     std::FILE* inputFile;
+    std::FILE* presetInput;  // the input of a run inside the process
     int32_t result;
     InputBuffer buffer;
     char nameFromStdin[256];  // the input name read by the "-" option
 };
 
 int runDriver(RunContext* context, int argc, char** argv);
+// The same run with the input taken from `input` (an open stream, left
+// open) instead of the named file; for runs inside the process.
+int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input);

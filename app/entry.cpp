@@ -18,9 +18,7 @@ int currentYearUtc()
     return parts.tm_year + 1900;
 }
 
-}  // namespace
-
-int runEntry(int argc, char** argv, OutStream* console)
+int runEntryOn(int argc, char** argv, std::FILE* input, OutStream* console)
 {
     const int year = currentYearUtc();
     RunContext context;
@@ -34,10 +32,27 @@ int runEntry(int argc, char** argv, OutStream* console)
     qorPrint(&context, "Copyright (C) QOR Marvane 1995-%d. All rights reserved.\n\n", year);
     setErrorHook(&context, printToolError);
     context.toolFlags |= TLV_TOOL_RUN;
-    int result = runDriver(&context, argc, argv);
+    int result = runDriverOn(&context, argc, argv, input);
     context.toolFlags &= ~TLV_TOOL_RUN;
     qorStopContext(&context);
     qorPrint(&context, "\n");
     qorFlush(&context);
+    return result;
+}
+
+}  // namespace
+
+int runEntry(int argc, char** argv, OutStream* console)
+{
+    return runEntryOn(argc, argv, nullptr, console);
+}
+
+int runEntryOnBuffer(int argc, char** argv, const uint8_t* data, size_t size, OutStream* console)
+{
+    // A stream over the octets; an empty buffer is an empty file.
+    std::FILE* input = size > 0 ? fmemopen(const_cast<uint8_t*>(data), size, "rb") : std::tmpfile();
+    if (input == nullptr) return 1;
+    int result = runEntryOn(argc, argv, input, console);
+    std::fclose(input);
     return result;
 }

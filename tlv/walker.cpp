@@ -142,6 +142,8 @@ void skipCdrHeader(RunContext* context, const uint8_t*& cursor, int32_t& count, 
 int32_t skipPadding(RunContext* context, const uint8_t*& cursor, int32_t& count)
 {
     if (context->padByteSpec == 0) return 0;
+    // A negative -pad value is no octet: nothing equals it.
+    if (context->padByteSpec - 1 > 0xFF) return 0;
     auto pad = static_cast<uint8_t>(context->padByteSpec - 1);
     int32_t skipped = 0;
     while (skipped < count && cursor[skipped] == pad) ++skipped;

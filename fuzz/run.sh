@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Builds the seed corpora from the golden inputs and the bundled examples,
+# then runs each fuzz target for FUZZ_SECONDS (default 20). Any crash,
+# leak, sanitizer report or timeout fails.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+BUILD=${FUZZ_BUILD:-build-fuzz}
+SECONDS_EACH=${FUZZ_SECONDS:-20}
+corpus=$BUILD/corpus
+mkdir -p "$corpus/seeds"
+for hex in $(find tests/golden -name input.hex); do
+  name=$(echo "$hex" | tr '/' '_')
+  sed 's/#.*//' "$hex" | tr -cd '0-9A-Fa-f' | xxd -r -p > "$corpus/seeds/$name" 2>/dev/null || true
+done
+cp examples/*.ber examples/*.der "$corpus/seeds/" 2>/dev/null || true
+for target in run decode text repair; do
+  mkdir -p "$corpus/$target"
+  echo "fuzzing $target for ${SECONDS_EACH}s"
+  "$BUILD/fuzz_$target" -max_total_time="$SECONDS_EACH" -timeout=10 -rss_limit_mb=2048 -max_len=65536 \
+    -print_final_stats=1 "$corpus/$target" "$corpus/seeds" 2>&1 | tail -n 12
+done
