@@ -14,6 +14,7 @@ struct ControlTable;
 struct ServiceTable;
 struct OutStream;
 struct RecordSpan;
+struct EndCache;
 
 // Bits of toolFlags.
 constexpr uint32_t TLV_SYNTAX_LAYOUT = 0x2;
@@ -94,6 +95,7 @@ struct RunContext {
     uint32_t toolFlags;
     ErrorHook errorHook;
     RecordSpan* recordSpan;
+    EndCache* endCache;  // where indefinite elements end, while a layout prints
     bool jumpTarget;
     OutStream* savedOutStream;
     PrintOverride printOverride;

@@ -10,6 +10,7 @@
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
+#include "tlv/end_cache.h"
 #include "tlv/reader.h"
 #include "tlv/syntax_layout.h"
 #include "tlv/walker.h"
@@ -107,6 +108,7 @@ void printDecomposedLayout(RunContext* context, InputBuffer& buffer)
 {
     int32_t count = buffer.length;
     long offset = 0;
+    EndCacheScope ends(context);
     walkDecomposed(context, buffer.data, count, offset, 1);
 }
 

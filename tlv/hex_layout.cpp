@@ -6,6 +6,7 @@
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
+#include "tlv/end_cache.h"
 #include "tlv/reader.h"
 #include "tlv/record_span.h"
 #include "tlv/repair.h"
@@ -58,6 +59,7 @@ int printDecimalLength(RunContext* context, int32_t shown)
 void printHexLayout(RunContext* context, InputBuffer& buffer)
 {
     RecordSpanScope span(context, buffer);
+    EndCacheScope ends(context);
     int32_t count = buffer.length;
     bool titles = false;
     walkRecords(context, buffer.data, count, 0, titles, printHexElement);
@@ -138,7 +140,7 @@ int printHexElement(RunContext* context, const uint8_t* element, int32_t availab
 
     // A primitive element in the indefinite form has no count to show.
     if (shown < 0) return stop ? 1 : 0;
-    if (header + shown > available) shown = available - header;
+    if (shown > available - header) shown = available - header;
     int32_t digits = 2 * shown;
     bool truncated = false;
     if ((context->toolFlags & TLV_NO_SHORT) == 0) {

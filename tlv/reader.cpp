@@ -2,6 +2,7 @@
 
 #include "app/signal.h"
 #include "runtime/context.h"
+#include "tlv/end_cache.h"
 
 namespace {
 
@@ -34,36 +35,61 @@ intptr_t place(const uint8_t* element)
 // `cursor`. Inner indefinite elements are counted as open levels instead of
 // being walked by recursion; a definite element is stepped over by its
 // length. On success `cursor` and `remaining` stand behind the end-of-contents.
+// The ends found on the way, and the failure, are remembered for the outer
+// levels, which the walkers ask about again.
 bool skipToEndOfContents(RunContext* context, const uint8_t*& cursor, int32_t& remaining)
 {
+    const uint8_t* const limit = cursor + remaining;
+    const uint8_t* known = nullptr;
+    switch (knownEnd(context, cursor, limit, known)) {
+        case 1:
+            remaining -= static_cast<int32_t>(known - cursor);
+            cursor = known;
+            return true;
+        case -1:
+            return false;
+        default:
+            break;
+    }
+    EndCache* cache = context->endCache;
     QuietErrors quiet(context);
     long openLevels = 1;
+    if (cache != nullptr) cache->open[0] = cursor;
+    auto noEnd = [&] {
+        for (long level = 0; cache != nullptr && level < openLevels && level < EndCache::kLevels; ++level) {
+            rememberNoEnd(context, cache->open[level], limit);
+        }
+        return false;
+    };
     while (true) {
         if (remaining >= 2 && cursor[0] == 0 && cursor[1] == 0) {
             cursor += 2;
             remaining -= 2;
-            if (--openLevels == 0) return true;
+            --openLevels;
+            if (cache != nullptr && openLevels < EndCache::kLevels) rememberEnd(context, cache->open[openLevels], cursor);
+            if (openLevels == 0) return true;
             continue;
         }
-        if (remaining == 0) return false;
+        if (remaining == 0) return noEnd();
         const uint8_t* inner = cursor;
         int32_t left = remaining;
         int32_t length = readHeader(context, inner, left);
         if (length == LENGTH_TRUNCATED) {
             signalError(context, 17, place(cursor), remaining);
-            return false;
+            return noEnd();
         }
         if (length == LENGTH_INDEFINITE) {
+            if (cache != nullptr && openLevels < EndCache::kLevels) cache->open[openLevels] = inner;
             ++openLevels;
             cursor = inner;
             remaining = left;
             continue;
         }
-        if (left == 0) return false;
+        if (left == 0) return noEnd();
         if (length > left) length = left;
         cursor = inner + length;
         remaining = left - length;
-        if (remaining == 0) return false;
+        if (remaining == 0) return noEnd();
     }
 }
 

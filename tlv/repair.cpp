@@ -8,6 +8,7 @@
 #include "runtime/output.h"
 #include "runtime/services.h"
 #include "tlv/hex_layout.h"
+#include "tlv/end_cache.h"
 #include "tlv/reader.h"
 
 namespace {
@@ -196,9 +197,11 @@ LengthRepair repairLongFormLength(RunContext* context, const uint8_t* element, i
         // The input is ours: the length octet is rewritten in place.
         auto* lengthOctet = const_cast<uint8_t*>(element + identifier);
         *lengthOctet = 0x81;
+        clearEndCache(context);
         repair.header = identifier + 2;
         if (repair.header > available) {
             *lengthOctet = 0x00;
+            clearEndCache(context);
             repair.header = header;
         } else {
             const uint8_t* cursor = element;
@@ -208,6 +211,7 @@ LengthRepair repairLongFormLength(RunContext* context, const uint8_t* element, i
             repair.lengthSet = true;
             if (repair.length == LENGTH_TRUNCATED || repair.length > available - repair.header) {
                 *lengthOctet = 0x00;
+                clearEndCache(context);
                 repair.header = header;
             } else {
                 qorPrint(context,

@@ -12,6 +12,7 @@
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
+#include "tlv/end_cache.h"
 #include "tlv/reader.h"
 #include "tlv/walker.h"
 
@@ -81,6 +82,7 @@ void printSyntaxLayout(RunContext* context, InputBuffer& buffer)
 {
     const uint32_t savedFlags = context->toolFlags;
     context->toolFlags |= TLV_SYNTAX_LAYOUT;
+    EndCacheScope ends(context);
     bool titles = true;
     int32_t count = buffer.length;
     walkRecords(context, buffer.data, count, 0, titles, printSyntaxElement);

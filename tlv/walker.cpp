@@ -60,7 +60,7 @@ int32_t firstRecordLength(RunContext* context, const uint8_t* record, int32_t av
     int32_t header = headerLength(context, record, available);
     if (header == LENGTH_TRUNCATED || header > available) return -1;
     int32_t length = contentLength(context, record, available);
-    if (length == LENGTH_TRUNCATED) return -1;
+    if (length == LENGTH_TRUNCATED || length > available - header) return -1;
     if (length == LENGTH_INDEFINITE) {
         int32_t behind = available;
         if (nextElement(context, record, behind) == nullptr) return -1;
