@@ -62,6 +62,15 @@ void cleanUpFailure(RunContext* context, void** value, bool inputOpened, bool va
 
 }  // namespace
 
+void inputRequire(RunContext* context, uint32_t count)
+{
+    DecodeState& decode = decodeOf(context);
+    if (decode.pduRemaining != -1 && static_cast<uint32_t>(decode.pduRemaining) < count) {
+        reportError(context, RT_PDU_END_OF_INPUT, decode.pduRemaining);
+    }
+    if (count > decode.inputLength - decode.inputOffset) context->services->svcInputExhausted(context);
+}
+
 uint8_t inputPeek(RunContext* context)
 {
     DecodeState& decode = decodeOf(context);

@@ -38,5 +38,7 @@ uint32_t berSkipEoc(RunContext* context, int32_t& eocPending);
 uint8_t inputByte(RunContext* context);
 void inputCopy(RunContext* context, uint32_t count, uint8_t* target);
 void inputSkip(RunContext* context, uint32_t count);
+// Raises what taking `count` octets would raise, without taking them.
+void inputRequire(RunContext* context, uint32_t count);
 // The next octet without taking it; raises at the end of the input.
 uint8_t inputPeek(RunContext* context);

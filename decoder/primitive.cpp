@@ -358,6 +358,8 @@ uint32_t decodeReal(DecodeCall& call, int32_t length, bool constructed)
     commonStart(call, length, constructed);
     double result = 0;
     if (length > 0) {
+        // The octets must be there before a block is taken for them.
+        inputRequire(context, static_cast<uint32_t>(length));
         auto* copy = static_cast<uint8_t*>(context->services->svcAllocScratch(context, static_cast<uint32_t>(length)));
         inputCopy(context, static_cast<uint32_t>(length), copy);
         const uint8_t first = copy[0];

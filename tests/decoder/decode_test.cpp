@@ -376,3 +376,14 @@ TEST_F(DecodeTest, TimeFractions)
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(DecodeTest, HugeLengthsTakeNoMemoryBeforeTheOctetsAreThere)
+{
+    // A REAL announcing 2 GB in a buffer of a few octets.
+    EXPECT_EQ(4, decode(8, {0x09, 0x84, 0x7F, 0x04, 0x00, 0x84, 0x10, 0x00, 0x00, 0x41}));
+    EXPECT_EQ(4, decode(4, {0x04, 0x84, 0x7F, 0x00, 0x00, 0x00, 0x41}));
+}
+
+}  // namespace
