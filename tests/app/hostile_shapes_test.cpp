@@ -1,0 +1,137 @@
+// Shapes that make a careless walker quadratic or deep: generated here, run
+// whole inside the process in every layout, each bounded in time.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "app/entry.h"
+#include "runtime/output.h"
+
+namespace {
+
+using Octets = std::vector<uint8_t>;
+
+struct WholeRun {
+    int status;
+    std::string output;
+    double seconds;
+};
+
+WholeRun runWhole(const Octets& input, const char* layout)
+{
+    const char* args[] = {"qortlv", layout, "hostile.ber"};
+    WholeRun run{0, {}, 0};
+    OutStream* sink = outStreamForSink(&run.output);
+    auto start = std::chrono::steady_clock::now();
+    run.status = runEntryOnBuffer(3, const_cast<char**>(args), input.data(), input.size(), sink);
+    run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    outStreamRelease(sink);
+    return run;
+}
+
+bool endsWith(const std::string& text, const std::string& tail)
+{
+    return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+}
+
+constexpr const char* kLayouts[] = {"-hexadecimal", "-syntax", "-decomposed"};
+constexpr double kBudgetSeconds = 10;  // generous for sanitizer builds; linear runs take far less
+
+TEST(HostileShapes, MillionNestedIndefiniteElements)
+{
+    constexpr int kLevels = 1000000;
+    Octets input;
+    input.reserve(4 * kLevels + 2);
+    for (int i = 0; i < kLevels; ++i) input.insert(input.end(), {0x30, 0x80});
+    input.insert(input.end(), {0x05, 0x00});
+    for (int i = 0; i < kLevels; ++i) input.insert(input.end(), {0x00, 0x00});
+    for (const char* layout : kLayouts) {
+        WholeRun run = runWhole(input, layout);
+        EXPECT_EQ(0, run.status) << layout;
+        EXPECT_LT(run.seconds, kBudgetSeconds) << layout;
+        EXPECT_NE(std::string::npos, run.output.find("Nesting deeper than 256 levels")) << layout;
+    }
+}
+
+TEST(HostileShapes, MillionNestedIndefiniteElementsWithoutEnds)
+{
+    Octets input;
+    for (int i = 0; i < 1000000; ++i) input.insert(input.end(), {0x30, 0x80});
+    for (const char* layout : kLayouts) {
+        WholeRun run = runWhole(input, layout);
+        EXPECT_EQ(0, run.status) << layout;
+        EXPECT_LT(run.seconds, kBudgetSeconds) << layout;
+        EXPECT_TRUE(endsWith(run.output, "expected EOC not found for indefinite length encoding.\n\n\n")) << layout;
+    }
+}
+
+TEST(HostileShapes, MillionNestedDefiniteSequences)
+{
+    // Each level: 30 84 and four length octets, the length of what is inside.
+    constexpr int kLevels = 1000000;
+    Octets input(6 * static_cast<size_t>(kLevels) + 2);
+    for (int level = 0; level < kLevels; ++level) {
+        uint32_t inside = static_cast<uint32_t>(6 * (kLevels - level - 1) + 2);
+        uint8_t* at = input.data() + 6 * static_cast<size_t>(level);
+        at[0] = 0x30;
+        at[1] = 0x84;
+        at[2] = static_cast<uint8_t>(inside >> 24);
+        at[3] = static_cast<uint8_t>(inside >> 16);
+        at[4] = static_cast<uint8_t>(inside >> 8);
+        at[5] = static_cast<uint8_t>(inside);
+    }
+    input[input.size() - 2] = 0x05;
+    input[input.size() - 1] = 0x00;
+    for (const char* layout : kLayouts) {
+        WholeRun run = runWhole(input, layout);
+        EXPECT_EQ(0, run.status) << layout;
+        EXPECT_LT(run.seconds, kBudgetSeconds) << layout;
+    }
+}
+
+TEST(HostileShapes, HundredMegabyteOctetString)
+{
+    constexpr uint32_t kLength = 100u << 20;
+    Octets input(6 + static_cast<size_t>(kLength), 0x41);
+    const uint8_t header[] = {0x04, 0x84, static_cast<uint8_t>(kLength >> 24), static_cast<uint8_t>(kLength >> 16),
+                              static_cast<uint8_t>(kLength >> 8), static_cast<uint8_t>(kLength)};
+    for (size_t i = 0; i < sizeof header; ++i) input[i] = header[i];
+    for (const char* layout : kLayouts) {
+        WholeRun run = runWhole(input, layout);
+        EXPECT_EQ(0, run.status) << layout;
+        EXPECT_LT(run.seconds, kBudgetSeconds) << layout;
+        EXPECT_LT(run.output.size(), 1000u) << layout;  // truncated to its line
+    }
+}
+
+TEST(HostileShapes, MillionConcatenatedRecords)
+{
+    Octets input;
+    for (int i = 0; i < 1000000; ++i) input.insert(input.end(), {0x02, 0x01, 0x05});
+    for (const char* layout : kLayouts) {
+        WholeRun run = runWhole(input, layout);
+        EXPECT_EQ(0, run.status) << layout;
+        EXPECT_LT(run.seconds, kBudgetSeconds) << layout;
+        EXPECT_NE(std::string::npos, run.output.find("#1000000 detected")) << layout;
+    }
+}
+
+TEST(HostileShapes, ConstructedStringsNestedToTheLimit)
+{
+    // Ten levels of constructed OCTET STRING around a thousand segments.
+    Octets inner;
+    for (int i = 0; i < 1000; ++i) inner.insert(inner.end(), {0x04, 0x01, 0x41});
+    Octets input;
+    for (int i = 0; i < 9; ++i) input.insert(input.end(), {0x24, 0x80});
+    input.insert(input.end(), inner.begin(), inner.end());
+    for (int i = 0; i < 9; ++i) input.insert(input.end(), {0x00, 0x00});
+    for (const char* layout : kLayouts) {
+        WholeRun run = runWhole(input, layout);
+        EXPECT_EQ(0, run.status) << layout;
+        EXPECT_LT(run.seconds, kBudgetSeconds) << layout;
+    }
+}
+
+}  // namespace
