@@ -15,6 +15,7 @@ namespace {
 constexpr int32_t kLastUniversal = 36;
 constexpr int kIntegerPdu = 2;
 constexpr int kHugeIntegerPdu = 23;
+constexpr int kOctetStringPdu = 4;
 constexpr int32_t kHugeIntegerFrom = 5;  // contents octets that need PDU 23
 
 // Failures of one rendering, as renderContents sorts them.
@@ -54,6 +55,18 @@ private:
     void* value_ = nullptr;
 };
 
+// A primitive OCTET STRING of a definite length that the input holds, longer
+// than a line can show: nothing in its contents can make its decode fail.
+bool longOctetString(RunContext* context, RenderInput& input)
+{
+    if ((input.element[0] & CONSTRUCTED_BIT) != 0 || (input.element[0] & HIGH_TAG_MASK) == HIGH_TAG_MASK) return false;
+    int32_t header = headerLength(context, input.element, input.available);
+    int32_t length = contentLength(context, input.element, input.available);
+    if (length < 0 || length > input.available - header) return false;
+    input.contents = length;
+    return shownOctets(context, length) < length;
+}
+
 // Makes the text of a universal tag through the decoder; returns a failure.
 int decodedText(RunContext* context, const ContentsRenderer& row, RenderInput& input, char*& text)
 {
@@ -64,6 +77,13 @@ int decodedText(RunContext* context, const ContentsRenderer& row, RenderInput& i
         int32_t header = headerLength(context, input.element, input.available);
         if (input.contents == LENGTH_TRUNCATED || input.contents > input.available - header) return FAIL_DECODE;
         if (input.contents >= kHugeIntegerFrom) pdu = kHugeIntegerPdu;
+    }
+    if (pdu == kOctetStringPdu && longOctetString(context, input)) {
+        // Its text is the start of its contents, exactly as the decoded
+        // value would give it, without a copy of a value that can be huge.
+        int32_t header = headerLength(context, input.element, input.available);
+        text = hexText(context, input.element + header, shownOctets(context, input.contents));
+        return text == nullptr ? FAIL_NO_MEMORY : FAIL_NONE;
     }
     DecodedValue decoded(context, pdu);
     if (!decoded.decode(input.element, input.available)) return FAIL_DECODE;
