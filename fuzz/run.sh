@@ -10,7 +10,8 @@ corpus=$BUILD/corpus
 mkdir -p "$corpus/seeds"
 for hex in $(find tests/golden -name input.hex); do
   name=$(echo "$hex" | tr '/' '_')
-  sed 's/#.*//' "$hex" | tr -cd '0-9A-Fa-f' | xxd -r -p > "$corpus/seeds/$name" 2>/dev/null || true
+  digits=$(sed 's/#.*//' "$hex" | tr -cd '0-9A-Fa-f')
+  printf "$(printf '%s' "$digits" | sed 's/\(..\)/\\x\1/g')" > "$corpus/seeds/$name"
 done
 cp examples/*.ber examples/*.der "$corpus/seeds/" 2>/dev/null || true
 for target in run decode text repair; do
