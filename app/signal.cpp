@@ -64,8 +64,6 @@ int printCatalogText(RunContext* context, const char* format, ...)
 }
 #pragma GCC diagnostic pop
 
-constexpr char kHexDigits[] = "0123456789ABCDEF";
-
 // Behind a premature end: the rest of the bad record, up to 76 digits.
 void printRecordTail(RunContext* context, intptr_t first, long second)
 {
@@ -80,8 +78,7 @@ void printRecordTail(RunContext* context, intptr_t first, long second)
     char digits[76];
     long shown = 0;
     while (shown < count && shown * 2 < 76) {
-        digits[shown * 2] = kHexDigits[place[shown] >> 4];
-        digits[shown * 2 + 1] = kHexDigits[place[shown] & 0xF];
+        std::memcpy(digits + shown * 2, hexPair(place[shown]), 2);
         ++shown;
     }
     qorWrite(context, digits, static_cast<size_t>(shown * 2));

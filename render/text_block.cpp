@@ -3,17 +3,14 @@
 #include <cstring>
 
 #include "runtime/context.h"
+#include "runtime/output.h"
 #include "runtime/services.h"
 
 char* hexText(RunContext* context, const uint8_t* octets, int32_t count)
 {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
     auto* text = static_cast<char*>(qorAlloc(context, static_cast<size_t>(count) * 2 + 1));
     if (text == nullptr) return nullptr;
-    for (int32_t i = 0; i < count; ++i) {
-        text[2 * i] = kDigits[octets[i] >> 4];
-        text[2 * i + 1] = kDigits[octets[i] & 0xF];
-    }
+    for (int32_t i = 0; i < count; ++i) std::memcpy(text + 2 * i, hexPair(octets[i]), 2);
     text[2 * count] = '\0';
     return text;
 }

@@ -161,7 +161,7 @@ char* qorReserve(RunContext* context, size_t length)
     return room;
 }
 
-int qorBlanks(RunContext* context, int width)
+int qorBlanksSlow(RunContext* context, int width)
 {
     static constexpr char kBlanks[] = "                                                                ";
     constexpr int kChunk = sizeof kBlanks - 1;
@@ -171,6 +171,27 @@ int qorBlanks(RunContext* context, int width)
         append(context->outStream, kBlanks, static_cast<size_t>(left < kChunk ? left : kChunk));
     }
     return width;
+}
+
+namespace {
+
+constexpr auto kHexPairs = [] {
+    constexpr char digits[] = "0123456789ABCDEF";
+    struct Pairs {
+        char pair[256][2];
+    } pairs{};
+    for (int octet = 0; octet < 256; ++octet) {
+        pairs.pair[octet][0] = digits[octet >> 4];
+        pairs.pair[octet][1] = digits[octet & 0xF];
+    }
+    return pairs;
+}();
+
+}  // namespace
+
+const char* hexPair(uint8_t octet)
+{
+    return kHexPairs.pair[octet];
 }
 
 char* decimalDigits(char* end, long value)

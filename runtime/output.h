@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -50,7 +51,18 @@ inline int qorWrite(RunContext* context, const char* text, size_t length)
 char* qorReserve(RunContext* context, size_t length);
 // Blanks: what "%*s" with an empty string prints for a width, negative widths
 // by their absolute value.
-int qorBlanks(RunContext* context, int width);
+int qorBlanksSlow(RunContext* context, int width);
+inline int qorBlanks(RunContext* context, int width)
+{
+    if (width < 0) width = -width;
+    OutStream* stream = context->outStream;
+    if (context->printOverride == nullptr && stream->used + static_cast<size_t>(width) <= OutStream::kCapacity) {
+        std::memset(stream->buffer + stream->used, ' ', static_cast<size_t>(width));
+        stream->used += static_cast<size_t>(width);
+        return width;
+    }
+    return qorBlanksSlow(context, width);
+}
 void qorFlush(RunContext* context);
 // A decimal number, as "%ld" prints it, without parsing a format.
 int qorWriteDecimal(RunContext* context, long value);
@@ -71,3 +83,6 @@ std::string formatText(const char* format, ...) __attribute__((format(printf, 1,
 // Writes the decimal digits of `value` so that they end at `end`; returns
 // where they begin. `end` needs 21 characters in front of it.
 char* decimalDigits(char* end, long value);
+
+// The two upper-case hexadecimal digits of an octet.
+const char* hexPair(uint8_t octet);

@@ -171,7 +171,7 @@ int printDecomposedElement(RunContext* context, const uint8_t* element, int32_t 
         column += printHeaderLength(context, header) + qorWrite(context, " ???", 4);
     } else {
         column += printElementFields(context, element, available, header, length, name);
-        if (name != nullptr && std::strcmp(name, "END-OF-CONTENTS") != 0) {
+        if (name != nullptr && !(name[0] == 'E' && std::strcmp(name, "END-OF-CONTENTS") == 0)) {
             nameWidth = static_cast<int>(std::strlen(name)) + 1;
         }
     }

@@ -11,19 +11,7 @@
 
 namespace {
 
-// Each octet's two upper-case hexadecimal digits.
-constexpr auto kHexPairs = [] {
-    constexpr char digits[] = "0123456789ABCDEF";
-    struct Pairs {
-        char pair[256][2];
-        constexpr const char* operator[](int octet) const { return pair[octet]; }
-    } pairs{};
-    for (int octet = 0; octet < 256; ++octet) {
-        pairs.pair[octet][0] = digits[octet >> 4];
-        pairs.pair[octet][1] = digits[octet & 0xF];
-    }
-    return pairs;
-}();
+
 
 // A CDR file header: file length (4), header length H (4) at offset 0; the
 // first record header stands at H.
@@ -88,7 +76,7 @@ int dumpOctets(RunContext* context, const uint8_t* octets, int32_t count, int in
         char chunk[2 * 4096];
         char* out = qorReserve(context, static_cast<size_t>(2 * take));
         char* target = out != nullptr ? out : chunk;
-        for (int32_t i = 0; i < take; ++i) std::memcpy(target + 2 * i, kHexPairs[octets[done + i]], 2);
+        for (int32_t i = 0; i < take; ++i) std::memcpy(target + 2 * i, hexPair(octets[done + i]), 2);
         if (out == nullptr) qorWrite(context, chunk, static_cast<size_t>(2 * take));
         printed += 2 * take;
         done += take;
