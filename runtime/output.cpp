@@ -173,27 +173,6 @@ int qorBlanksSlow(RunContext* context, int width)
     return width;
 }
 
-namespace {
-
-constexpr auto kHexPairs = [] {
-    constexpr char digits[] = "0123456789ABCDEF";
-    struct Pairs {
-        char pair[256][2];
-    } pairs{};
-    for (int octet = 0; octet < 256; ++octet) {
-        pairs.pair[octet][0] = digits[octet >> 4];
-        pairs.pair[octet][1] = digits[octet & 0xF];
-    }
-    return pairs;
-}();
-
-}  // namespace
-
-const char* hexPair(uint8_t octet)
-{
-    return kHexPairs.pair[octet];
-}
-
 char* decimalDigits(char* end, long value)
 {
     unsigned long magnitude = value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);

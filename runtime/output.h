@@ -84,5 +84,20 @@ std::string formatText(const char* format, ...) __attribute__((format(printf, 1,
 // where they begin. `end` needs 21 characters in front of it.
 char* decimalDigits(char* end, long value);
 
-// The two upper-case hexadecimal digits of an octet.
-const char* hexPair(uint8_t octet);
+// The two upper-case hexadecimal digits of each octet.
+struct HexPairs {
+    char pair[256][2];
+};
+inline constexpr HexPairs kHexPairs = [] {
+    constexpr char digits[] = "0123456789ABCDEF";
+    HexPairs pairs{};
+    for (int octet = 0; octet < 256; ++octet) {
+        pairs.pair[octet][0] = digits[octet >> 4];
+        pairs.pair[octet][1] = digits[octet & 0xF];
+    }
+    return pairs;
+}();
+inline const char* hexPair(uint8_t octet)
+{
+    return kHexPairs.pair[octet];
+}
