@@ -67,8 +67,7 @@ void repairAndReport(RunContext* context, DriverState& state)
 // What every end of a run releases.
 void releaseRun(RunContext* context, DriverState& state)
 {
-    qorFree(context, state.buffer.data);
-    state.buffer = {0, nullptr};
+    releaseInput(context, state.buffer);
     if (state.outputName != nullptr && state.outputOpened) closeOutputFile(context);
     if (state.inputFile != nullptr) {
         std::fclose(state.inputFile);

@@ -21,3 +21,5 @@ constexpr int LOAD_NOT_HEXADECIMAL = 49;
 int loadInput(RunContext* context, std::FILE* stream, uint32_t offset, uint32_t count,
               InputBuffer& buffer);
 int hexTextToBinary(RunContext* context, const char* text, int32_t length, InputBuffer& buffer);
+// Gives back the memory of a loaded input and empties the buffer.
+void releaseInput(RunContext* context, InputBuffer& buffer);

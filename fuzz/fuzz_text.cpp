@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         InputBuffer buffer = {0, nullptr};
         int result = loadInput(&context, stream, offset, count, buffer);
         if (result != 0 && result != 49 && buffer.data != nullptr) std::abort();
-        qorFree(&context, buffer.data);
+        releaseInput(&context, buffer);
         std::fclose(stream);
     }
     qorStopContext(&context);

@@ -1,12 +1,17 @@
 // Buffers of octets that cross subsystems.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
-// The whole input in memory, owned by the driver (or the repair).
+// The whole input in memory, owned by the driver (or the repair). A binary
+// file may stand in memory as a private mapping of it instead of a block;
+// releaseInput gives back either.
 struct InputBuffer {
     int32_t length;
     uint8_t* data;
+    void* mapBase = nullptr;
+    size_t mapLength = 0;
 };
 
 // An encoding as handed to qorDecode.

@@ -105,7 +105,7 @@ int repairEncoding(RunContext* context, const char* inputName, const char* outpu
         ~Release()
         {
             if (input != nullptr) std::fclose(input);
-            qorFree(context, buffer.data);
+            releaseInput(context, buffer);
         }
     } release{context, buffer, input};
 

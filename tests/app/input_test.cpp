@@ -36,7 +36,7 @@ Loaded load(RunContext* context, const std::string& contents, bool text, uint32_
     context->toolFlags &= ~TLV_TEXT_INPUT;
     std::fclose(file);
     if (buffer.data != nullptr) loaded.octets.assign(buffer.data, buffer.data + buffer.length);
-    qorFree(context, buffer.data);
+    releaseInput(context, buffer);
     return loaded;
 }
 
