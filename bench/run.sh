@@ -16,18 +16,20 @@ for variant in definite headers indefinite; do
   [ -s "$file" ] || "$DATA/gen_cdr" --variant "$variant" --mb "$MB" --out "$file"
 done
 
-# One measurement: wall seconds, peak resident KiB, output bytes.
+# One measurement, output to /dev/null: wall seconds, peak resident KiB.
 measure() {
-  local out="$DATA/.time" bytes
-  bytes=$( { /usr/bin/time -f '%e %M' -o "$out" "$@" | wc -c; } 2>/dev/null )
-  echo "$(cat "$out") $bytes"
+  local out="$DATA/.time"
+  /usr/bin/time -f '%e %M' -o "$out" "$@" > /dev/null 2>&1 || true
+  cat "$out" | tail -n 1
 }
 
-# Median of $RUNS measurements (by wall time).
+# Median of $RUNS measurements (by wall time), then the output's size from
+# one more run that isn't timed.
 median() {
-  local i results=()
+  local i results=() bytes
   for ((i = 0; i < RUNS; i++)); do results+=("$(measure "$@")"); done
-  printf '%s\n' "${results[@]}" | sort -n | sed -n "$(( (RUNS + 1) / 2 ))p"
+  bytes=$("$@" 2>/dev/null | wc -c)
+  echo "$(printf '%s\n' "${results[@]}" | sort -n | sed -n "$(( (RUNS + 1) / 2 ))p") $bytes"
 }
 
 size_mib() { awk -v b="$(stat -c %s "$1")" 'BEGIN { printf "%.2f", b / 1048576 }'; }
