@@ -4,6 +4,9 @@
 
 #include <string>
 
+#include "runtime/context.h"
+#include "tlv/record_span.h"
+
 #include "tests/test_context.h"
 
 namespace {
@@ -17,15 +20,28 @@ std::string shortened(const std::string& text)
 
 TEST(ShortenForMessage, OneLineOfAtMost72Characters)
 {
-    const std::string name100(100, 'n');
-    EXPECT_EQ(std::string(72, 'n') + "... ", shortened(name100));
-    EXPECT_EQ(std::string(72, 'n'), shortened(std::string(72, 'n')));
-    EXPECT_EQ("file.ber", shortened("file.ber"));
-    EXPECT_EQ("two lines", shortened("two\nlines"));
-    EXPECT_EQ("a b", shortened("a\t\tb"));
-    EXPECT_EQ("name", shortened("name--comment"));
-    EXPECT_EQ("x y", shortened("x/* c */y"));
-    EXPECT_EQ("x y", shortened("x -- c -- y"));
+    const struct {
+        std::string text;
+        std::string shown;
+    } rows[] = {
+        {std::string(100, 'n'), std::string(72, 'n') + "... "},
+        {std::string(73, 'n'), std::string(72, 'n') + "... "},
+        {std::string(72, 'n'), std::string(72, 'n')},
+        {std::string(72, 'n') + "\nx", std::string(72, 'n') + "... "},  // the line end doesn't fit any more
+        {"file.ber", "file.ber"},
+        {"two\nlines", "two lines"},
+        {"two\r\nlines", "two lines"},
+        {"a\t\tb", "a b"},
+        {"name--comment", "name"},
+        {"name--comment--.ber", "name .ber"},
+        {"x/* c */y", "x y"},
+        {"x -- c -- y", "x y"},
+        {"end\n", "end"},
+        {"", ""},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(row.shown, shortened(row.text)) << row.text;
+    }
 }
 
 TEST(SkipComments, WhiteSpaceAndBothCommentForms)
@@ -42,6 +58,10 @@ TEST(SkipComments, WhiteSpaceAndBothCommentForms)
         {"/* open", 0, 7},
         {"-- open", 0, 7},
         {"x", 0, 0},
+        {" -", 0, 1},                 // one character in front of the end: stop
+        {"-- a\n-- b\nx", 0, 10},     // comment after comment
+        {"ab  /* c */  d", 2, 13},
+        {"  ", 0, 2},
     };
     for (const auto& row : rows) {
         size_t at = row.from;
@@ -62,6 +82,106 @@ TEST(PrintToolError, NamesOnTheirOwnLineFrom31Characters)
     EXPECT_EQ("QT045E: Input file cannot be open, " + thirty + ".\n" + "QT045E: Input file cannot be open, \n" +
                   thirtyOne + ".\n",
               run.output());
+}
+
+TEST(PrintToolError, A100CharacterNameShowsItsFirst72)
+{
+    TestContext run;
+    const std::string name(100, 'n');
+    EXPECT_EQ(45, printToolError(run.get(), 45, reinterpret_cast<intptr_t>(name.c_str()), 0));
+    EXPECT_EQ("Input file cannot be open, \n" + std::string(72, 'n') + "... .\n", run.output());
+}
+
+TEST(PrintToolError, TextsAndLineEndsOfEveryCode)
+{
+    static const char name[] = "in.txt";
+    const struct {
+        int code;
+        intptr_t first;
+        long second;
+        const char* text;
+    } rows[] = {
+        {17, 0, 0, "\nValue misencoded, premature end of encoding encountered.\n"},
+        {29, 0, 0, "Invalid HUGE INTEGER value.\n"},
+        {35, 300, 2,
+         "\nValue misencoded, length, 300 (0x12c), longer than remaining data length, 2 (0x2); continuing as if "
+         "length were 2:\n"},
+        {36, 0, 0, "\nValue misencoded, expected EOC not found for indefinite length encoding."},
+        {37, 0, 0, "\nValue misencoded, EOC with non-zero second octet encountered."},
+        {38, 4, 3,
+         "\nValue misencoded, length of a tag-length pair, 4 (0x4), longer than remaining data length, 3 (0x3):\n"},
+        {45, reinterpret_cast<intptr_t>(name), 0, "Input file cannot be open, in.txt.\n"},
+        {46, reinterpret_cast<intptr_t>(name), 0, "Error reading from input file, in.txt.\n"},
+        {47, 0, 12, "Invalid offset into input file, 12.\n"},
+        {48, 0, 9, "Invalid number of bytes to be read from input file, 9.\n"},
+        {49, reinterpret_cast<intptr_t>(name), 0,
+         "Input text file, in.txt, with encoding contains non-hexadecimal characters.\n"},
+        {49, reinterpret_cast<intptr_t>(name), 2, "Input text file, in, with encoding contains non-hexadecimal characters.\n"},
+        {73, 0, 0, "\nValue misencoded, a tag of '00' encountered."},
+    };
+    for (const auto& row : rows) {
+        TestContext run;
+        EXPECT_EQ(row.code, printToolError(run.get(), row.code, row.first, row.second));
+        EXPECT_EQ(row.text, run.output()) << row.code;
+    }
+}
+
+TEST(PrintToolError, PrefixAndShortTextsOutsideARun)
+{
+    const struct {
+        int code;
+        intptr_t first;
+        long second;
+        const char* text;
+    } rows[] = {
+        {35, 0, 0, "\nQT035E: Value misencoded, length longer than remaining data length\n"},
+        {38, 0, 0, "\nQT038E: Value misencoded, length of a tag-length pair longer than remaining length\n"},
+        {47, 0, 0, "QT047E: Invalid offset into input file.\n"},
+        {73, 0, 0, "\nQT073E: Value misencoded, a tag of '00' encountered."},
+    };
+    for (const auto& row : rows) {
+        TestContext run;
+        run.get()->toolFlags &= ~TLV_TOOL_RUN;
+        printToolError(run.get(), row.code, row.first, row.second);
+        EXPECT_EQ(row.text, run.output()) << row.code;
+    }
+}
+
+TEST(PrintToolError, TailOfTheRecordBehindAPrematureEnd)
+{
+    uint8_t input[50];
+    for (int i = 0; i < 50; ++i) input[i] = static_cast<uint8_t>(i);
+    const std::string message = "\nValue misencoded, premature end of encoding encountered.";
+    const std::string header = " Last invalid record is:\n";
+    const struct {
+        const char* what;
+        int32_t total;
+        int offset;  // of the place, from the start
+        long second;
+        int32_t spareTail;
+        std::string tail;
+    } rows[] = {
+        {"to the end of the input", 10, 4, 3, 0, header + "040506070809"},
+        {"place on the start", 10, 0, 3, 0, ""},
+        {"place at the end", 10, 10, 3, 0, ""},
+        {"no octets told", 10, 4, 0, 0, ""},
+        {"spare tail left out", 10, 4, 3, 2, header + "04050607"},
+        {"nothing left but the spare tail: the count told", 10, 4, 3, 8, header + "040506"},
+        {"cut at 76 digits",
+         50, 1, 1, 0,
+         header + "0102030405060708090A0B0C0D0E0F101112131415161718191A1B1C1D1E1F20212223242526..."},
+        {"exactly 76 digits", 39, 1, 1, 0,
+         header + "0102030405060708090A0B0C0D0E0F101112131415161718191A1B1C1D1E1F20212223242526"},
+    };
+    for (const auto& row : rows) {
+        TestContext run;
+        RecordSpan span = {row.total, input};
+        run.get()->recordSpan = &span;
+        run.get()->state->spareTail = row.spareTail;
+        printToolError(run.get(), 17, reinterpret_cast<intptr_t>(input + row.offset), row.second);
+        EXPECT_EQ(message + row.tail + "\n", run.output()) << row.what;
+        run.get()->recordSpan = nullptr;
+    }
 }
 
 TEST(SignalError, QuietAndFatalClasses)
