@@ -1,0 +1,124 @@
+#include "runtime/output.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "tests/test_context.h"
+
+namespace {
+
+std::string fileText(const char* path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+int silent(RunContext*, const char*, va_list)
+{
+    return 0;
+}
+
+TEST(Output, AnOverrideTakesAllPrinting)
+{
+    TestContext run;
+    RunContext* context = run.get();
+    context->printOverride = silent;
+    const std::string longText(2 * OutStream::kCapacity, 'x');
+    EXPECT_EQ(0, qorPrint(context, "%s", "hidden"));
+    EXPECT_EQ(0, qorPrint(context, "%E", 1.5));
+    EXPECT_EQ(0, qorPrint(context, "%s", longText.c_str()));
+    EXPECT_EQ(0, qorWrite(context, "hidden", 6));
+    EXPECT_EQ(0, qorBlanks(context, 5));
+    EXPECT_EQ(0, qorWriteDecimal(context, 42));
+    EXPECT_EQ("", run.output());
+
+    // The override isn't asked on a stopped context.
+    qorStopContext(context);
+    EXPECT_EQ(4, qorPrint(context, "seen"));
+    EXPECT_EQ("seen", run.output());
+}
+
+TEST(Output, PrintsReturnTheCharactersWritten)
+{
+    TestContext run;
+    RunContext* context = run.get();
+    const struct {
+        int count;
+        int expected;
+    } rows[] = {
+        {qorPrint(context, "%s", "abc"), 3},
+        {qorPrint(context, "%E", 1.5), 13},
+        {qorPrint(context, "[%*s]", -4, "ab"), 6},
+        {qorPrint(context, "%s", ""), 0},
+        {qorWrite(context, "xy", 2), 2},
+        {qorBlanks(context, -3), 3},
+        {qorWriteDecimal(context, -120), 4},
+    };
+    for (const auto& row : rows) EXPECT_EQ(row.expected, row.count);
+    EXPECT_EQ("abc1.500000E+000[ab  ]xy   -120", run.output());
+}
+
+TEST(Output, ATextLongerThanAnyBufferPrintsWhole)
+{
+    TestContext run;
+    const std::string longText(3 * OutStream::kCapacity + 17, 'x');
+    EXPECT_EQ(static_cast<int>(longText.size()), qorPrint(run.get(), "%s", longText.c_str()));
+    EXPECT_EQ(static_cast<int>(longText.size()), qorWrite(run.get(), longText.c_str(), longText.size()));
+    qorPrint(run.get(), "|");
+    EXPECT_EQ(longText + longText + "|", run.output());
+}
+
+TEST(OutputFile, OpenAndCloseCodes)
+{
+    TestContext run;
+    RunContext* context = run.get();
+    const char* first = "qortlv-output-first.txt";
+    const char* second = "qortlv-output-second.txt";
+    std::remove(second);
+
+    EXPECT_EQ(0, closeOutputFile(context));  // none open: nothing happens
+    qorPrint(context, "console ");
+    ASSERT_EQ(0, openOutputFile(context, first));
+    EXPECT_EQ(28, openOutputFile(context, second));  // the first file stays current
+    qorPrint(context, "file");
+    EXPECT_EQ(0, closeOutputFile(context));
+    EXPECT_EQ(nullptr, context->savedOutStream);
+    EXPECT_EQ(0, closeOutputFile(context));
+    qorPrint(context, "again");
+    EXPECT_EQ("console again", run.output());
+    EXPECT_EQ("file", fileText(first));
+    EXPECT_FALSE(std::ifstream(second).good());
+    std::remove(first);
+
+    // A path that can't be created: printing goes on where it was.
+    EXPECT_EQ(27, openOutputFile(context, "no-such-folder/x.txt"));
+    EXPECT_EQ(nullptr, context->savedOutStream);
+    qorPrint(context, "!");
+    EXPECT_EQ("console again!", run.output());
+
+    EXPECT_EQ(6, openOutputFile(nullptr, first));
+    EXPECT_EQ(6, closeOutputFile(nullptr));
+}
+
+TEST(OutputFile, AnExistingFileIsReplaced)
+{
+    TestContext run;
+    const char* path = "qortlv-output-replaced.txt";
+    {
+        std::ofstream old(path);
+        old << "old contents that are longer";
+    }
+    ASSERT_EQ(0, openOutputFile(run.get(), path));
+    qorPrint(run.get(), "new");
+    EXPECT_EQ(0, closeOutputFile(run.get()));
+    EXPECT_EQ("new", fileText(path));
+    std::remove(path);
+}
+
+}  // namespace
