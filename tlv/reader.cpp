@@ -31,6 +31,32 @@ intptr_t place(const uint8_t* element)
     return reinterpret_cast<intptr_t>(element);
 }
 
+// Steps from `step`, where a step of a walk that found no end begins, up to
+// `limit`, and reports a premature end if `limit` cuts a header on the way.
+// It finds no end either: the walk it repeats didn't within a larger region.
+void stepWithoutEnd(RunContext* context, const uint8_t* step, const uint8_t* limit)
+{
+    auto remaining = static_cast<int32_t>(limit - step);
+    while (remaining != 0) {
+        if (remaining >= 2 && step[0] == 0 && step[1] == 0) {
+            step += 2;
+            remaining -= 2;
+            continue;
+        }
+        const uint8_t* inner = step;
+        int32_t left = remaining;
+        int32_t length = readHeader(context, inner, left);
+        if (length == LENGTH_TRUNCATED) {
+            signalError(context, 17, place(step), remaining);
+            return;
+        }
+        if (length != LENGTH_INDEFINITE && left < length) length = left;
+        if (length == LENGTH_INDEFINITE) length = 0;
+        step = inner + length;
+        remaining = left - length;
+    }
+}
+
 // Finds the end-of-contents of an indefinite element whose contents start at
 // `cursor`. Inner indefinite elements are counted as open levels instead of
 // being walked by recursion; a definite element is stepped over by its
@@ -40,34 +66,44 @@ intptr_t place(const uint8_t* element)
 bool skipToEndOfContents(RunContext* context, const uint8_t*& cursor, int32_t& remaining)
 {
     const uint8_t* const limit = cursor + remaining;
+    QuietErrors quiet(context);
     const uint8_t* known = nullptr;
-    switch (knownEnd(context, cursor, limit, known)) {
+    const uint8_t* resume = nullptr;
+    switch (knownEnd(context, cursor, limit, known, resume)) {
         case 1:
             remaining -= static_cast<int32_t>(known - cursor);
             cursor = known;
             return true;
         case -1:
+            stepWithoutEnd(context, resume, limit);
             return false;
         default:
             break;
     }
     EndCache* cache = context->endCache;
-    QuietErrors quiet(context);
+    const size_t firstMark = markCount(context);
     long openLevels = 1;
-    if (cache != nullptr) cache->open[0] = cursor;
+    if (cache != nullptr) {
+        cache->open[0] = cursor;
+        cache->openMark[0] = firstMark;
+    }
     auto noEnd = [&] {
         for (long level = 0; cache != nullptr && level < openLevels && level < EndCache::kLevels; ++level) {
-            rememberNoEnd(context, cache->open[level], limit);
+            rememberNoEnd(context, cache->open[level], limit, cache->openMark[level]);
         }
         return false;
     };
-    while (true) {
+    for (long steps = 0;; ++steps) {
+        if (steps % EndCache::kMarkEvery == 0) rememberMark(context, cursor);
         if (remaining >= 2 && cursor[0] == 0 && cursor[1] == 0) {
             cursor += 2;
             remaining -= 2;
             --openLevels;
             if (cache != nullptr && openLevels < EndCache::kLevels) rememberEnd(context, cache->open[openLevels], cursor);
-            if (openLevels == 0) return true;
+            if (openLevels == 0) {
+                forgetMarksFrom(context, firstMark);
+                return true;
+            }
             continue;
         }
         if (remaining == 0) return noEnd();
@@ -79,7 +115,10 @@ bool skipToEndOfContents(RunContext* context, const uint8_t*& cursor, int32_t& r
             return noEnd();
         }
         if (length == LENGTH_INDEFINITE) {
-            if (cache != nullptr && openLevels < EndCache::kLevels) cache->open[openLevels] = inner;
+            if (cache != nullptr && openLevels < EndCache::kLevels) {
+                cache->open[openLevels] = inner;
+                cache->openMark[openLevels] = markCount(context);
+            }
             ++openLevels;
             cursor = inner;
             remaining = left;

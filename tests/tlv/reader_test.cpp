@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tests/test_context.h"
+#include "tlv/end_cache.h"
 
 namespace {
 
@@ -358,6 +359,34 @@ TEST_F(ReaderTest, TagNumbersAndClasses)
     Octets alone = {0x1F};
     EXPECT_EQ(-1, tagNumber(context, alone.data(), 1));
     EXPECT_EQ(17, run.lastError());
+}
+
+}  // namespace
+
+namespace {
+
+// With the ends of a layout's walk remembered, a second walk of a smaller
+// region still meets what it would meet on its own: here the region of the
+// inner element stops inside the header 1F 81 01 00.
+TEST(RememberedEnds, ASmallerRegionMeetsItsOwnPrematureEnd)
+{
+    const Octets octets = {0x30, 0x80, 0x30, 0x80, 0x05, 0x00, 0x1F, 0x81, 0x01, 0x00};
+    for (bool remembered : {false, true}) {
+        TestContext run;
+        EndCacheScope ends(run.get());
+        if (remembered) {
+            int32_t whole = static_cast<int32_t>(octets.size());
+            EXPECT_EQ(nullptr, nextElement(run.get(), octets.data(), whole));
+            EXPECT_EQ(36, run.lastError());
+        }
+        // A premature end is fatal, also in a quiet walk.
+        const std::string before = run.output();
+        run.get()->jumpTarget = true;
+        int32_t inner = 6;  // the outer contents without their two missing octets
+        EXPECT_THROW(nextElement(run.get(), octets.data() + 2, inner), ToolJump) << remembered;
+        EXPECT_EQ(17, run.lastError()) << remembered;
+        EXPECT_EQ(before, run.output());
+    }
 }
 
 }  // namespace
