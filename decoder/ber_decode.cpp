@@ -1,6 +1,8 @@
 #include "decoder/ber_decode.h"
 
 #include <cstring>
+#include <exception>
+#include <new>
 
 #include "decoder/control_table.h"
 #include "decoder/decoder.h"
@@ -12,7 +14,12 @@
 
 namespace {
 
+// Bits of the decoder flags of a call.
+constexpr uint32_t DECODER_CALLER_BUFFER = 0x10;  // the value goes into the caller's block
 constexpr uint32_t DECODER_NO_CONSTRAINTS = 0x800;
+
+// What 0056S carries for an exception that no routine of the decoder raises.
+constexpr int64_t kForeignExceptionCode = 5;
 
 DecodeState& decodeOf(RunContext* context)
 {
@@ -41,25 +48,6 @@ void captureHeaderOctet(RunContext* context, uint8_t octet)
     decode.headerCapture[decode.headerOctets++] = octet;
 }
 
-// Releases what a failed decode holds, as the failure path asks.
-void cleanUpFailure(RunContext* context, void** value, bool inputOpened, bool valueComplete, int pdu)
-{
-    DecodeState& decode = decodeOf(context);
-    const ServiceTable* services = context->services;
-    if (inputOpened) decode.consumedOctets = static_cast<int32_t>(decode.inputOffset);
-    scratchStackEnd(context);
-    services->svcCloseScratch(context);
-    if (valueComplete && *value != nullptr) {
-        services->svcCloseValues(context, value);
-        services->svcFreeValue(context, pdu, *value, decode.decodeTable);
-    } else {
-        services->svcDropValues(context, nullptr, nullptr, nullptr);
-        services->svcCloseValues(context, value);
-    }
-    *value = nullptr;
-    decode.valueBytes = 0;
-}
-
 }  // namespace
 
 void inputRequire(RunContext* context, uint32_t count)
@@ -78,11 +66,13 @@ uint8_t inputPeek(RunContext* context)
     return decode.inputBase[decode.inputOffset];
 }
 
+// The PDU's definite length is asked before the span: octets that the
+// length doesn't allow are refused whether or not the buffer holds them.
 uint8_t inputByte(RunContext* context)
 {
     DecodeState& decode = decodeOf(context);
-    if (decode.inputOffset >= decode.inputLength) context->services->svcInputExhausted(context);
     takeFromPdu(context, 1);
+    if (decode.inputOffset >= decode.inputLength) context->services->svcInputExhausted(context);
     uint8_t octet = decode.inputBase[decode.inputOffset++];
     captureHeaderOctet(context, octet);
     return octet;
@@ -238,7 +228,7 @@ int berDecodePdu(RunContext* context, int pdu, void** value)
     uint16_t expected = firstTagOfType(*decode.decodeTable, type);
     if (tag != expected) reportError(context, RT_PDU_TAG_MISMATCH, static_cast<int64_t>(tag) | (static_cast<int64_t>(expected) << 16));
 
-    uint32_t slotSize = (type.typeFlags & TF_INDIRECT) != 0 ? sizeof(void*) : valueSlotSize(type);
+    uint32_t slotSize = (type.typeFlags & TF_INDIRECT) != 0 ? static_cast<uint32_t>(sizeof(void*)) : type.memorySize;
     call.value = context->services->svcAllocValue(context, slotSize, 0);
     *value = call.value;
     uint32_t consumed = berDecodeType(call, tag, length, eocPending, constructed);
@@ -251,7 +241,69 @@ int berEncoderPresent(RunContext*)
     return 0;
 }
 
-int qorBerDecode(RunContext* context, int pdu, BerBuffer* buffer, void** value, uint32_t)
+namespace {
+
+// How far a decode came before it failed: what the failure path has to undo.
+struct DecodeProgress {
+    const uint8_t* input = nullptr;  // the local copy that the input service moves
+    uint32_t length = 0;
+    bool inputOpened = false;
+    bool valueComplete = false;  // the constraint pass failed, not the decode
+};
+
+// A failure that didn't come through reportError: a routine's own heap use
+// ran out, or something unforeseen. It is recorded as reportError would.
+void recordForeignFailure(RunContext* context, int32_t entry, ErrorArgument argument)
+{
+    DecodeState& decode = decodeOf(context);
+    char* target = decode.errorTextPtr != nullptr ? decode.errorTextPtr : context->errorText;
+    buildErrorText(context, target, sizeof context->errorText, entry, decode.currentPdu, argument);
+    if (decode.runtimeResult == 0) decode.runtimeResult = runtimeMessage(entry).resultCode;
+}
+
+// The failure path: everything the decode took is given back, and the
+// caller gets the first code and no value.
+int32_t failurePath(RunContext* context, int pdu, void** value, DecodeProgress& progress, ErrorFrame& root)
+{
+    DecodeState& decode = decodeOf(context);
+    const ServiceTable* services = context->services;
+    int32_t result = decode.runtimeResult;
+    decode.decoding = 0;
+    // Failures before the input was opened (0003S, 0006S, 0007S, 0057S)
+    // have nothing to give back.
+    if (!progress.inputOpened) {
+        decode.errorFrames = nullptr;
+        return result;
+    }
+    // A failure of the clean-up itself is located at the PDU.
+    decode.errorFrames = &root;
+    try {
+        uint32_t left = services->svcCloseInput(context, &progress.input, decode.inputOffset);
+        decode.consumedOctets = static_cast<int32_t>(progress.length - left);
+    } catch (const DecodeFailure&) {
+        result = result == 19 ? 19 : 18;
+    }
+    // None of these raise, so the release is complete whatever happened
+    // above.
+    scratchStackEnd(context);
+    services->svcCloseScratch(context);
+    if (progress.valueComplete && *value != nullptr) {
+        void* complete = *value;
+        services->svcCloseValues(context, value);
+        services->svcFreeValue(context, pdu, complete, decode.decodeTable);
+    } else {
+        services->svcDropValues(context, nullptr, nullptr, nullptr);
+        services->svcCloseValues(context, value);
+    }
+    *value = nullptr;
+    decode.valueBytes = 0;
+    decode.errorFrames = nullptr;
+    return result;
+}
+
+}  // namespace
+
+int qorBerDecode(RunContext* context, int pdu, BerBuffer* buffer, void** value, uint32_t flags)
 {
     DecodeState& decode = decodeOf(context);
     const ServiceTable* services = context->services;
@@ -259,8 +311,7 @@ int qorBerDecode(RunContext* context, int pdu, BerBuffer* buffer, void** value, 
     decode.decodeMode = 0;
     decode.stringNesting = 0;
     decode.headerOctets = 0;
-    bool inputOpened = false;
-    bool valueComplete = false;
+    DecodeProgress progress;
     ErrorFrame root = {nullptr, nullptr, nullptr, 0, FRAME_ROOT};
     try {
         decode.currentPdu = 0;
@@ -272,70 +323,78 @@ int qorBerDecode(RunContext* context, int pdu, BerBuffer* buffer, void** value, 
         if (pdu <= 0 || pdu > table.pduCount || table.pduMap[pdu - 1] == NO_PDU) reportError(context, RT_PDU_RANGE, pdu);
         FramePush rootFrame(context, root);
         if (table.version != CONTROL_TABLE_VERSION) reportError(context, RT_VERSION, CONTROL_TABLE_VERSION);
-        if (value == nullptr || buffer->data == nullptr) reportError(context, RT_NULL_POINTER);
+        if (value == nullptr || buffer == nullptr || buffer->data == nullptr) reportError(context, RT_NULL_POINTER);
+        // The length is an i32 for the runtime: 2 GB and more reads as negative.
         if (static_cast<int32_t>(buffer->length) < 0) {
             reportError(context, RT_NEGATIVE_LENGTH, static_cast<int32_t>(buffer->length));
         }
-        const uint8_t* input = buffer->data;
-        uint32_t length = buffer->length;
-        decode.inputBase = services->svcOpenInput(context, &input, &length);
+        progress.input = buffer->data;
+        progress.length = buffer->length;
+        uint32_t length = progress.length;
+        decode.inputBase = services->svcOpenInput(context, &progress.input, &length);
         decode.inputOffset = 0;
         decode.inputLength = length;
-        inputOpened = true;
+        progress.inputOpened = true;
         services->svcOpenValues(context);
         services->svcOpenScratch(context);
         ++context->memory.scratchUsers;
 
         berDecodePdu(context, pdu, value);
-        valueComplete = true;
+        progress.valueComplete = true;
         const RunState* state = context->state;
-        if (decode.runtimeResult == 0 && state->hooks.constraintEntry != nullptr &&
-            (table.flags & TABLE_HAS_CONSTRAINTS) != 0 && (context->decoderFlags & DECODER_NO_CONSTRAINTS) == 0) {
+        if (decode.runtimeResult == 0 && (flags & DECODER_NO_CONSTRAINTS) == 0 && state->hooks.constraintEntry != nullptr &&
+            (table.flags & TABLE_HAS_CONSTRAINTS) != 0) {
             decode.decodeMode |= MODE_CHECKING;
             state->hooks.constraintEntry(context, pdu, *value, decode.decodeTable);
             decode.decodeMode &= ~MODE_CHECKING;
         }
-        services->svcCloseInput(context, &input, decode.inputOffset);
-        decode.consumedOctets = static_cast<int32_t>(decode.inputOffset);
+        uint32_t left = services->svcCloseInput(context, &progress.input, decode.inputOffset);
+        decode.consumedOctets = static_cast<int32_t>(progress.length - left);
         scratchStackEnd(context);
         decode.valueBytes = services->svcCloseValues(context, value);
         services->svcCloseScratch(context);
         decode.decoding = 0;
         return decode.runtimeResult;
-    } catch (const DecodeFailure& failure) {
-        decode.errorFrames = nullptr;
-        decode.decoding = 0;
-        int32_t code = decode.runtimeResult != 0 ? decode.runtimeResult : failure.code;
-        if (code == 3 || code == 6 || code == 7 || code == 19 || !inputOpened) {
-            if (value != nullptr) *value = nullptr;
-            return code;
-        }
-        try {
-            cleanUpFailure(context, value, inputOpened, valueComplete, pdu);
-        } catch (const DecodeFailure&) {
-            *value = nullptr;
-            return code == 19 ? 19 : 18;
-        }
-        return code;
+    } catch (const DecodeFailure&) {
+        return failurePath(context, pdu, value, progress, root);
+    } catch (const std::bad_alloc&) {
+        // A routine's own working memory (a text being rebuilt) ran out.
+        recordForeignFailure(context, RT_OUT_OF_MEMORY, {});
+        return failurePath(context, pdu, value, progress, root);
+    } catch (const std::exception&) {
+        recordForeignFailure(context, RT_CANNOT_HAPPEN, kForeignExceptionCode);
+        return failurePath(context, pdu, value, progress, root);
     }
 }
 
+namespace {
+
+// A call that qorDecode refuses before any recovery point exists: the text
+// is built without a location and the code returned, nothing unwinds.
+int refuseCall(RunContext* context, int32_t entry, const ErrorArgument& argument)
+{
+    buildErrorText(context, context->errorText, sizeof context->errorText, entry, 0, argument);
+    return runtimeMessage(entry).resultCode;
+}
+
+}  // namespace
+
 int qorDecode(RunContext* context, int& pdu, BerBuffer& buffer, void*& value)
 {
-    if (context == nullptr) return 6;
-    if (buffer.data == nullptr) {
-        buildErrorText(context, context->errorText, sizeof context->errorText, RT_NULL_POINTER, 0, {});
-        return 6;
-    }
-    if (context->controlTable == nullptr) {
-        buildErrorText(context, context->errorText, sizeof context->errorText, RT_NULL_TABLE, 0, {});
-        return 20;
-    }
+    if (context == nullptr) return QOR_NULL_CONTEXT;
+    if (buffer.data == nullptr) return refuseCall(context, RT_NULL_POINTER, {});
+    // A stopped context has no RunState, so the table is asked for before
+    // the entry of the rules.
+    if (context->controlTable == nullptr || context->state == nullptr) return refuseCall(context, RT_NULL_TABLE, {});
     const uint32_t flags = context->decoderFlags;
+    // The value is always the runtime's to allocate here.
+    value = nullptr;
+    const uint32_t callFlags = flags & ~DECODER_CALLER_BUFFER;
+    DecoderEntry entry = context->encodingRules == 0 ? context->state->hooks.decoderEntry : nullptr;
+    if (entry == nullptr) return refuseCall(context, RT_RULES_NOT_LINKED, ErrorArgument::ofText("BER"));
     context->errorText[0] = '\0';
     context->decode.errorTextPtr = context->errorText;
-    value = nullptr;
-    int result = context->state->hooks.decoderEntry(context, pdu, &buffer, &value, flags);
+    int result = entry(context, pdu, &buffer, &value, callFlags);
     context->decoderFlags = flags;
     return result;
 }

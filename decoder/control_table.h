@@ -79,6 +79,8 @@ struct ControlTable {
 
 // The type record of a PDU number whose range the caller has checked.
 const TypeRecord& typeOfPdu(const ControlTable& table, int pdu);
+// The tag words of a type, and their count.
+const uint16_t* tagsOfType(const ControlTable& table, const TypeRecord& type, int& count);
 // The first tag word of a type: class in the top two bits, number below.
 uint16_t firstTagOfType(const ControlTable& table, const TypeRecord& type);
 // The time property masks of a constrained type, and their count.

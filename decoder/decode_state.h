@@ -25,6 +25,11 @@ struct DecoderHooks {
     RealEntry realEntry;
     const uint32_t* timeMasks;
     TimePropertiesEntry timePropertiesEntry;
+    // Copies of three memory services, written by the start of the context
+    // after the init function: what the constraint checker may use.
+    void* (*allocValue)(RunContext* context, uint32_t size, uint32_t spare);
+    void* (*allocScratch)(RunContext* context, uint32_t size);
+    void (*unlock)(RunContext* context, void* handle, bool release);
 };
 
 // Bits of DecodeState::decodeMode.
@@ -56,5 +61,4 @@ struct DecodeState {
     uint32_t stringNesting;
     int32_t pendingEntry;
     const void* pendingArgument;
-    bool recoveryActive;  // a decode's recovery point exists
 };

@@ -1,22 +1,29 @@
 #include "decoder/kinds.h"
 
+#include <array>
+
 #include "decoder/control_table.h"
 #include "decoder/errors.h"
 #include "decoder/primitive.h"
 #include "decoder/strings.h"
 #include "decoder/times.h"
-#include "decoder/values.h"
 #include "runtime/context.h"
 #include "runtime/runtime_catalog.h"
 
 namespace {
 
-// A kind that no table of this program should carry.
+// The code that 0056S carries for a kind no routine is known for.
+constexpr int64_t kUnknownKindCode = 4;
+
+// A kind that no table of this program should carry, or one whose routine
+// isn't part of this build.
 uint32_t unknownKind(DecodeCall& call, int32_t, int32_t&, bool)
 {
-    reportError(call.context, RT_CANNOT_HAPPEN, 4);
+    reportError(call.context, RT_CANNOT_HAPPEN, kUnknownKindCode);
 }
 
+// REAL goes through the entry that the table's init function linked, so a
+// table without it fails with 0112S instead of calling nothing.
 uint32_t realThroughEntry(DecodeCall& call, int32_t length, int32_t&, bool constructed)
 {
     RealEntry entry = call.context->state->hooks.realEntry;
@@ -24,45 +31,34 @@ uint32_t realThroughEntry(DecodeCall& call, int32_t length, int32_t&, bool const
     return entry(call, length, constructed);
 }
 
+constexpr uint32_t kKindSlots = 0x50;  // above the highest kind, KIND_TIME_TEXT
+
+// One slot per kind value, looked up by index.
+constexpr std::array<KindRoutine, kKindSlots> kRoutines = [] {
+    std::array<KindRoutine, kKindSlots> routines{};
+    for (KindRoutine& routine : routines) routine = unknownKind;
+    routines[KIND_BOOLEAN] = decodeSimple;
+    routines[KIND_NULL] = decodeSimple;
+    routines[KIND_INTEGER] = decodeSimple;
+    routines[KIND_REAL] = realThroughEntry;
+    routines[KIND_BIT_STRING] = decodeCounted;
+    routines[KIND_OCTET_STRING] = decodeCounted;
+    routines[KIND_COUNTED_TEXT] = decodeCounted;
+    routines[KIND_BMP_TEXT] = decodeCounted;
+    routines[KIND_UNIVERSAL_TEXT] = decodeCounted;
+    routines[KIND_HUGE_INTEGER] = decodeCounted;
+    routines[KIND_OBJECT_IDENTIFIER] = decodeCounted;
+    routines[KIND_RELATIVE_OID] = decodeCounted;
+    routines[KIND_TEXT] = decodeText;
+    routines[KIND_TIME_TEXT] = decodeText;
+    routines[KIND_UTC_TIME] = decodeTimeRecord;
+    routines[KIND_GENERALIZED_TIME] = decodeTimeRecord;
+    return routines;
+}();
+
 }  // namespace
 
 KindRoutine kindRoutine(RunContext*, uint32_t kind)
 {
-    switch (kind) {
-        case KIND_BOOLEAN:
-        case KIND_NULL:
-        case KIND_INTEGER:
-            return decodeSimple;
-        case KIND_REAL:
-            return realThroughEntry;
-        case KIND_BIT_STRING:
-        case KIND_OCTET_STRING:
-        case KIND_COUNTED_TEXT:
-        case KIND_BMP_TEXT:
-        case KIND_UNIVERSAL_TEXT:
-        case KIND_HUGE_INTEGER:
-        case KIND_OBJECT_IDENTIFIER:
-        case KIND_RELATIVE_OID:
-            return decodeCounted;
-        case KIND_TEXT:
-        case KIND_TIME_TEXT:
-            return decodeText;
-        case KIND_UTC_TIME:
-        case KIND_GENERALIZED_TIME:
-            return decodeTimeRecord;
-        default:
-            return unknownKind;
-    }
-}
-
-uint32_t valueSlotSize(const TypeRecord& type)
-{
-    switch (type.kind) {
-        case KIND_BOOLEAN: case KIND_NULL: return 1;
-        case KIND_INTEGER: return sizeof(int32_t);
-        case KIND_REAL: return sizeof(double);
-        case KIND_UTC_TIME: case KIND_GENERALIZED_TIME: return sizeof(TimeRecord);
-        case KIND_HUGE_INTEGER: case KIND_OBJECT_IDENTIFIER: case KIND_RELATIVE_OID: return sizeof(EncodedOid);
-        default: return sizeof(CountedValue);
-    }
+    return kind < kKindSlots ? kRoutines[kind] : unknownKind;
 }

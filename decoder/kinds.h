@@ -1,4 +1,4 @@
-// The routine of each kind of type record, and the size of a value slot.
+// The routine of each kind of type record.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 #include "decoder/ber_decode.h"
 
 struct RunContext;
-struct TypeRecord;
 
+// The routine for `kind`; a kind that has none raises 0056S with code 4
+// when it runs.
 KindRoutine kindRoutine(RunContext* context, uint32_t kind);
-uint32_t valueSlotSize(const TypeRecord& type);

@@ -57,6 +57,10 @@ int qorStartContext(RunContext* context, const ControlTable* table)
     state->tableFlags = table->flags;
     state->maxStringNesting = 10;
     state->maxStructureNesting = 64;
+    // The constraint checker reaches memory through RunState.
+    state->hooks.allocValue = context->services->svcAllocValue;
+    state->hooks.allocScratch = context->services->svcAllocScratch;
+    state->hooks.unlock = context->services->svcUnlock;
     return 0;
 }
 
@@ -69,7 +73,6 @@ void qorStopContext(RunContext* context)
         context->savedOutStream = nullptr;
     }
     qorFlush(context);
-    svcReleaseSpares(context);
     context->stateFreeFn(context->state->longErrorText);
     releaseState(context);
 }

@@ -17,10 +17,11 @@ struct MemoryState {
     uint32_t inputSize;
     uint32_t valueTotal;      // bytes handed out, each request rounded up
     uint32_t valueAlignment;  // 8
-    uint32_t scratchHeader;   // the index word in front of a scratch block, padded to 8
+    // The index word in front of a scratch block, padded to 8 so that the
+    // block behind it is aligned for any record.
+    uint32_t scratchHeader;
     BlockTable* scratchTable;
     BlockTable* valueTables;  // head of the chain of value heaps
     ScratchChunk* scratchArena;
     uint32_t scratchUsers;
-    BlockTable* spareTables[2];  // emptied tables kept for the next decode
 };

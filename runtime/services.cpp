@@ -15,6 +15,7 @@ constexpr uint32_t kChunkMinimum = 5120;  // usable bytes of a scratch stack chu
 // behind it is aligned for any record.
 constexpr uint32_t kScratchHeader = 8;
 constexpr uint32_t kChunkHead = (sizeof(ScratchChunk) + 7) / 8 * 8;  // the head in front of the usable bytes
+constexpr uint32_t kChunkLargest = 0x7fffffff - kChunkHead - kScratchHeader;
 
 void* processAlloc(size_t size)
 {
@@ -41,36 +42,11 @@ size_t tableBytes(uint8_t capacityLog2)
     return sizeof(BlockTable) + (static_cast<size_t>(1) << capacityLog2) * sizeof(BlockEntry) - sizeof(BlockEntry);
 }
 
-// Every decode opens two tables and closes them again: the smallest ones
-// are kept for the next decode instead of going back to the heap.
 BlockTable* newTable(RunContext* context)
 {
-    MemoryState& memory = context->memory;
-    for (BlockTable*& spare : memory.spareTables) {
-        if (spare != nullptr) {
-            BlockTable* table = spare;
-            spare = nullptr;
-            std::memset(static_cast<void*>(table), 0, tableBytes(0));
-            return table;
-        }
-    }
     auto* table = static_cast<BlockTable*>(allocChecked(context, static_cast<uint32_t>(tableBytes(0)), true));
     table->capacityLog2 = 0;
     return table;
-}
-
-void releaseTable(RunContext* context, BlockTable* table)
-{
-    MemoryState& memory = context->memory;
-    if (table->capacityLog2 == 0) {
-        for (BlockTable*& spare : memory.spareTables) {
-            if (spare == nullptr) {
-                spare = table;
-                return;
-            }
-        }
-    }
-    memory.freeHook(context, table);
 }
 
 // Doubles a full table: the new one takes the old one's place in the chain.
@@ -132,7 +108,7 @@ void releaseTables(RunContext* context, bool releaseBlocks)
             for (int32_t i = table->count - 1; i >= 0; --i) memory.freeHook(context, table->entries[i].block);
         }
         memory.valueTables = table->next;
-        releaseTable(context, table);
+        memory.freeHook(context, table);
     }
 }
 
@@ -178,6 +154,8 @@ void* svcAllocScratch(RunContext* context, uint32_t size)
 {
     MemoryState& memory = context->memory;
     if (size == 0) raiseMemoryError(context, 2, 0);
+    // The header and the block are one request, counted in 32 bits.
+    if (size > 0x7fffffff - memory.scratchHeader) raiseMemoryError(context, 3, size);
     BlockTable* table = memory.scratchTable;
     // Entries released at the end of the table are taken back.
     while (table->count > 0 && table->entries[table->count - 1].size == 0) --table->count;
@@ -202,7 +180,7 @@ void svcCloseScratch(RunContext* context)
     for (int32_t i = table->count - 1; i >= 0; --i) {
         if (table->entries[i].size != 0) memory.freeHook(context, table->entries[i].block);
     }
-    releaseTable(context, table);
+    memory.freeHook(context, table);
     memory.scratchTable = nullptr;
     memory.scratchArena = nullptr;
 }
@@ -231,13 +209,6 @@ void svcFreeBlock(RunContext* context, void* block)
     context->memory.freeHook(context, block);
 }
 
-// The data pointer of a length-and-pointer form stands behind the length,
-// at the next pointer boundary.
-size_t dataPointerOffset(const TypeRecord& type)
-{
-    return (type.lengthWidth + alignof(void*) - 1) / alignof(void*) * alignof(void*);
-}
-
 bool hasLengthAndPointer(uint32_t kind)
 {
     switch (kind) {
@@ -249,27 +220,46 @@ bool hasLengthAndPointer(uint32_t kind)
     }
 }
 
-// Releases what a value of `type` holds beyond its own block.
-void freeDependents(RunContext* context, const TypeRecord& type, void* slot)
+// Releases what a value of `type` at `offset` of `block` holds beyond the
+// block itself. An indirect type is followed once, to the block it points
+// at, which is walked as the direct form and then released; the walk goes
+// no deeper, since the built-in types hold nothing but flat data.
+int freeDependents(RunContext* context, const TypeRecord& type, void* block, size_t offset)
 {
-    if ((type.typeFlags & TF_INDIRECT) != 0) {
-        void* pointed = *static_cast<void**>(slot);
-        if (pointed != nullptr) context->services->svcFreeBlock(context, pointed);
-        return;
+    const ServiceTable* services = context->services;
+    auto* slot = static_cast<uint8_t*>(services->svcLock(context, block)) + offset;
+    void* pointed = nullptr;
+    bool indirect = (type.typeFlags & TF_INDIRECT) != 0;
+    if (indirect) {
+        std::memcpy(&pointed, slot, sizeof pointed);
+        services->svcUnlock(context, block, false);
+        if (pointed == nullptr) return 0;
+        slot = static_cast<uint8_t*>(services->svcLock(context, pointed));
     }
     if (hasLengthAndPointer(type.kind)) {
-        void* data = *reinterpret_cast<void**>(static_cast<uint8_t*>(slot) + dataPointerOffset(type));
-        if (data != nullptr) context->services->svcFreeBlock(context, data);
+        void* data = nullptr;
+        std::memcpy(&data, slot + type.dataOffset, sizeof data);
+        if (data != nullptr) services->svcFreeBlock(context, data);
     }
+    if (indirect) {
+        services->svcUnlock(context, pointed, false);
+        services->svcFreeBlock(context, pointed);
+    } else {
+        services->svcUnlock(context, block, false);
+    }
+    return 0;
 }
 
 int svcFreeValue(RunContext* context, int pdu, void* value, const ControlTable* table)
 {
-    if (table == nullptr || pdu <= 0 || pdu > table->pduCount || table->pduMap[pdu - 1] == NO_PDU) return 33;
+    context->decode.decodeTable = table;
+    if (table == nullptr || pdu <= 0 || pdu > table->pduCount || table->pduMap[pdu - 1] == NO_PDU) {
+        return FREE_BAD_PDU;
+    }
     if (value == nullptr) return 0;
-    freeDependents(context, typeOfPdu(*table, pdu), value);
-    context->services->svcFreeBlock(context, value);
-    return 0;
+    int result = freeDependents(context, typeOfPdu(*table, pdu), value, 0);
+    if (result == 0) context->services->svcFreeBlock(context, value);
+    return result;
 }
 
 void* svcMapValue(RunContext*, void* value, uint32_t)
@@ -305,16 +295,10 @@ const ServiceTable* svcInstall(RunContext* context)
     return &kServices;
 }
 
-void svcReleaseSpares(RunContext* context)
-{
-    for (BlockTable*& spare : context->memory.spareTables) {
-        if (spare != nullptr) context->memory.freeHook(context, spare);
-        spare = nullptr;
-    }
-}
-
 void* qorAlloc(RunContext* context, size_t size)
 {
+    // The hooks count in 32 bits: a larger request is one that can't be met.
+    if (size > UINT32_MAX) return nullptr;
     void* (*allocHook)(RunContext*, uint32_t) = nullptr;
     context->services->svcGetMemoryHooks(context, &allocHook, nullptr);
     return allocHook(context, static_cast<uint32_t>(size));
@@ -367,6 +351,8 @@ void* scratchStackPush(RunContext* context, uint32_t size)
             return area;
         }
     }
+    // A chunk is one scratch block, counted in 32 bits with its head.
+    if (size > kChunkLargest) raiseMemoryError(context, 3, size);
     uint32_t usable = size > kChunkMinimum ? size : kChunkMinimum;
     void* handle = context->services->svcAllocScratch(context, usable + kChunkHead);
     auto* fresh = static_cast<ScratchChunk*>(context->services->svcLock(context, handle));

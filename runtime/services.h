@@ -56,9 +56,6 @@ struct ServiceTable {
 // their start values.
 const ServiceTable* svcInstall(RunContext* context);
 
-// Gives back the tables kept between decodes (at the stop of the context).
-void svcReleaseSpares(RunContext* context);
-
 // Plain blocks; every caller tests for null. The contents are not cleared.
 void* qorAlloc(RunContext* context, size_t size);
 void qorFree(RunContext* context, void* block);
@@ -67,6 +64,11 @@ void* allocChecked(RunContext* context, uint32_t size, bool clear);
 // Codes of the memory services turned into runtime failures.
 [[noreturn]] void raiseMemoryError(RunContext* context, int code, int64_t argument);
 
+// svcFreeValue's answer to a PDU number that names no type.
+constexpr int FREE_BAD_PDU = 33;
+
+// Releases a value that qorDecode handed back: 0, 33 for a PDU number that
+// names no type (nothing is released), 6 for a null context.
 int qorFreeValue(RunContext* context, int pdu, void* value);
 
 // Short-lived work areas of a decode.
