@@ -4,8 +4,22 @@
 #include <cstdint>
 
 struct RunContext;
-struct BlockTable;
 struct ScratchChunk;
+
+struct BlockEntry {
+    void* block;
+    uint32_t size;  // 0 marks a released scratch block
+    uint32_t spare;
+};
+
+// A table of blocks that grows by doubling in place of itself.
+struct BlockTable {
+    BlockTable* next;       // older table in the chain
+    BlockTable** backLink;  // the field that points at this table
+    int32_t count;
+    uint8_t capacityLog2;
+    BlockEntry entries[1];
+};
 
 using AllocHook = void* (*)(RunContext* context, uint32_t size);
 using FreeHook = void (*)(RunContext* context, void* block);
@@ -24,4 +38,8 @@ struct MemoryState {
     BlockTable* valueTables;  // head of the chain of value heaps
     ScratchChunk* scratchArena;
     uint32_t scratchUsers;
+    // The first tables of a value heap and of a scratch table, of one entry
+    // each, kept in the context instead of the heap; a bit per table in use.
+    BlockTable firstTables[2];
+    uint32_t firstTablesInUse;
 };

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 #include "decoder/control_table.h"
 #include "decoder/errors.h"
@@ -42,11 +43,35 @@ size_t tableBytes(uint8_t capacityLog2)
     return sizeof(BlockTable) + (static_cast<size_t>(1) << capacityLog2) * sizeof(BlockEntry) - sizeof(BlockEntry);
 }
 
+// Every decode opens a value heap and a scratch table, and most never
+// grow them: their first tables of one entry stand in the context, so that
+// a decode asks the heap only for the blocks of its value and its scratch.
 BlockTable* newTable(RunContext* context)
 {
+    MemoryState& memory = context->memory;
+    for (size_t i = 0; i < std::size(memory.firstTables); ++i) {
+        if ((memory.firstTablesInUse & (1u << i)) == 0) {
+            memory.firstTablesInUse |= 1u << i;
+            BlockTable* table = &memory.firstTables[i];
+            std::memset(static_cast<void*>(table), 0, sizeof *table);
+            return table;
+        }
+    }
     auto* table = static_cast<BlockTable*>(allocChecked(context, static_cast<uint32_t>(tableBytes(0)), true));
     table->capacityLog2 = 0;
     return table;
+}
+
+void releaseTable(RunContext* context, BlockTable* table)
+{
+    MemoryState& memory = context->memory;
+    for (size_t i = 0; i < std::size(memory.firstTables); ++i) {
+        if (table == &memory.firstTables[i]) {
+            memory.firstTablesInUse &= ~(1u << i);
+            return;
+        }
+    }
+    memory.freeHook(context, table);
 }
 
 // Doubles a full table: the new one takes the old one's place in the chain.
@@ -56,7 +81,7 @@ BlockTable* grow(RunContext* context, BlockTable* table)
     auto* larger = static_cast<BlockTable*>(allocChecked(context, static_cast<uint32_t>(tableBytes(log2)), true));
     std::memcpy(static_cast<void*>(larger), table, tableBytes(table->capacityLog2));
     larger->capacityLog2 = log2;
-    context->memory.freeHook(context, table);
+    releaseTable(context, table);
     if (larger->backLink != nullptr) *larger->backLink = larger;
     if (larger->next != nullptr) larger->next->backLink = &larger->next;
     return larger;
@@ -108,7 +133,7 @@ void releaseTables(RunContext* context, bool releaseBlocks)
             for (int32_t i = table->count - 1; i >= 0; --i) memory.freeHook(context, table->entries[i].block);
         }
         memory.valueTables = table->next;
-        memory.freeHook(context, table);
+        releaseTable(context, table);
     }
 }
 
@@ -180,7 +205,7 @@ void svcCloseScratch(RunContext* context)
     for (int32_t i = table->count - 1; i >= 0; --i) {
         if (table->entries[i].size != 0) memory.freeHook(context, table->entries[i].block);
     }
-    memory.freeHook(context, table);
+    releaseTable(context, table);
     memory.scratchTable = nullptr;
     memory.scratchArena = nullptr;
 }

@@ -9,21 +9,6 @@
 struct RunContext;
 struct ControlTable;
 
-struct BlockEntry {
-    void* block;
-    uint32_t size;  // 0 marks a released scratch block
-    uint32_t spare;
-};
-
-// A table of blocks that grows by doubling in place of itself.
-struct BlockTable {
-    BlockTable* next;        // older table in the chain
-    BlockTable** backLink;   // the field that points at this table
-    int32_t count;
-    uint8_t capacityLog2;
-    BlockEntry entries[1];
-};
-
 struct ScratchChunk {
     ScratchChunk* previous;
     uint8_t* cursor;

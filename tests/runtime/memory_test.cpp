@@ -69,6 +69,7 @@ TEST_F(MemoryTest, ASuccessfulDecodeHoldsOnlyItsValue)
         EXPECT_NE(nullptr, value) << row.what;
         EXPECT_EQ(nullptr, context->memory.valueTables) << row.what;
         EXPECT_EQ(nullptr, context->memory.scratchTable) << row.what;
+        EXPECT_EQ(0u, context->memory.firstTablesInUse) << row.what << ": the first tables are free again";
         EXPECT_EQ(0, qorFreeValue(context, row.pdu, value)) << row.what;
         EXPECT_EQ(0, CountingContext::live) << row.what << ": qorFreeValue leaves nothing";
     }
@@ -121,8 +122,10 @@ TEST_F(MemoryTest, AChainOfValueHeapsKeepsItsLinksThroughGrowth)
 {
     services->svcOpenValues(context);
     services->svcAllocValue(context, 8, 0);
+    services->svcOpenValues(context);  // the context's two first tables are taken
+    services->svcAllocValue(context, 8, 0);
     BlockTable* older = context->memory.valueTables;
-    services->svcOpenValues(context);
+    services->svcOpenValues(context);  // this one comes from the heap
     services->svcAllocValue(context, 8, 0);
     services->svcAllocValue(context, 8, 0);  // the head table grows
     BlockTable* head = context->memory.valueTables;
@@ -132,6 +135,7 @@ TEST_F(MemoryTest, AChainOfValueHeapsKeepsItsLinksThroughGrowth)
     void* root = &root;
     EXPECT_EQ(0u, services->svcCloseValues(context, &root));
     EXPECT_EQ(nullptr, root);
+    EXPECT_EQ(0u, context->memory.firstTablesInUse);
 }
 
 TEST_F(MemoryTest, SizesThatAreRefused)
