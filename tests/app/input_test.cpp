@@ -104,11 +104,8 @@ TEST(LoadInput, BinaryOffsetCountAndSpareOctets)
 {
     const std::string ten = "0123456789";
     checkRows(false, {
-        {"", 0, 0, 0, 46, {}},
         {"", 0, 0, 16, 46, {}},
-        {ten, 10, 0, 0, 47, {}},
         {ten, 4000000000u, 0, 0, 47, {}},
-        {ten, 9, 0, 0, 0, {'9'}},
         {ten, 0, 0, 0, 0, {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9'}},
         {ten, 2, 3, 0, 0, {'2', '3', '4'}},
         // A count beyond the rest of the file is no error.
@@ -123,21 +120,15 @@ TEST(LoadInput, TextOffsetAndCountCountDigits)
 {
     const std::string five = "30 03 02 01 05";
     checkRows(true, {
-        {five, 2, 4, 0, 0, {0x03, 0x02}},
         {five, 2, 0, 0, 0, {0x03, 0x02, 0x01, 0x05}},
         {five, 0, 3, 0, 0, {0x30, 0x00}},
-        {five, 0, 40, 0, 48, {}},
         {five, 0, 10, 0, 0, {0x30, 0x03, 0x02, 0x01, 0x05}},
         {five, 0, 11, 0, 48, {}},
         // The offset may use up every digit; an empty input is no error.
         {five, 10, 0, 0, 0, {}},
-        {five, 11, 0, 0, 47, {}},
         {"3003", 9, 0, 0, 47, {}},
-        // Within the count a stranger is kept and found by the conversion.
-        {"05 0z 00", 0, 4, 0, 49, {0x05, 0x00}},
         {"30\n03\n", 0, 4, 0, 0, {0x30, 0x03}},
         {"05\r\n00\r\n", 0, 0, 0, 0, {0x05, 0x00}},
-        {" \n\t\n ", 0, 0, 0, 0, {}},
         // Text takes no spare octets.
         {"0500", 0, 0, 16, 0, {0x05, 0x00}},
     });
@@ -149,7 +140,6 @@ TEST(LoadInput, TextCountLimitsTheCharactersRead)
     // on line-broken text the offset or the count can't be met although
     // the file holds enough digits. A single line doesn't fail that way.
     checkRows(true, {
-        {lines(4, std::string(32, '1')), 40, 10, 0, 47, {}},
         {std::string(128, '1'), 40, 10, 0, 0, repeated(5, 0x11)},
         {"3003\n0201\n05\n", 3, 4, 0, 48, {}},
     });

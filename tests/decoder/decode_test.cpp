@@ -3,34 +3,17 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "decoder/values.h"
 #include "runtime/services.h"
-#include "tests/test_context.h"
+#include "tests/runtime/counting_context.h"
 
 namespace {
 
 using Octets = std::vector<uint8_t>;
-
-// Counts the blocks that the memory hooks hand out and take back.
-struct CountingContext : TestContext {
-    static inline long live = 0;
-    CountingContext()
-    {
-        get()->memory.allocHook = [](RunContext* context, uint32_t size) -> void* {
-            ++live;
-            return context->allocFn(size);
-        };
-        get()->memory.freeHook = [](RunContext* context, void* block) {
-            if (block != nullptr) --live;
-            context->freeFn(block);
-        };
-    }
-};
 
 struct DecodeTest : ::testing::Test {
     CountingContext run;
@@ -58,53 +41,12 @@ struct DecodeTest : ::testing::Test {
     void TearDown() override { EXPECT_EQ(0, CountingContext::live) << "blocks left behind"; }
 };
 
-TEST_F(DecodeTest, PduNumberOutOfRange)
+TEST_F(DecodeTest, SegmentsAndTagsThatTheTypeRefuses)
 {
-    EXPECT_EQ(3, decode(0, {0x02, 0x01, 0x05}));
-    EXPECT_EQ("D0003S: PDU number not in range: 0.\n", errorText());
-    EXPECT_EQ(3, decode(31, {0x02, 0x01, 0x05}));
-    EXPECT_EQ("D0003S: PDU number not in range: 31.\n", errorText());
-}
-
-TEST_F(DecodeTest, FailuresAndTheirCodes)
-{
-    const struct {
-        int pdu;
-        Octets octets;
-        int code;
-        const char* text;
-    } rows[] = {
-        {2, {0x1F, 0x1E, 0x00}, 5, "D0018E: Tag needlessly long; check PDU #2.\n"},
-        {2, {0x1F, 0x80, 0x1F, 0x00}, 5, "D0018E: Tag needlessly long; check PDU #2.\n"},
-        {2, {0x1F, 0x84, 0x80, 0x00, 0x00}, 10, "D0019E: Tag too long: 512; check PDU #2.\n"},
-        {2, {0x02, 0x84, 0x80, 0x00, 0x00, 0x00}, 10, "D0026S: Length too long: 2147483648; check PDU #2.\n"},
-        {2, {0x02, 0x80, 0x05, 0x00, 0x00}, 5, "D0051S: Found primitive encoding with indefinite length; check PDU #2.\n"},
-        {4, {0x04, 0x05, 0x41}, 4, "D0081S: End of input reached before message was fully decoded; check PDU #4 'QUELT-OCTETSTRING'.\n"},
-        {4, {0x24, 0x03, 0x04, 0x05, 0x41, 0x41, 0x41, 0x41, 0x41}, 5, nullptr},  // 0031S
-        {25, {0x1F, 0x1F, 0x02, '2', '0'}, 12, nullptr},  // DATE's long-form tag is right; its length isn't
-        {2, {0x03, 0x01, 0x00}, 9, "D0034E: PDU number and input tags do not match: [UNIVERSAL 3] (expected tag [UNIVERSAL 2]); check PDU #2.\n"},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.code, decode(row.pdu, row.octets)) << row.pdu;
-        if (row.text != nullptr) {
-            EXPECT_EQ(row.text, errorText());
-        }
-    }
-}
-
-TEST_F(DecodeTest, LengthsWithLeadingZeros)
-{
-    ASSERT_EQ(0, decode(4, {0x04, 0x84, 0x00, 0x00, 0x00, 0x02, 0x41, 0x42}));
-    EXPECT_EQ(2u, static_cast<CountedValue*>(value)->length);
-    release(4);
-    ASSERT_EQ(0, decode(4, {0x04, 0x85, 0x00, 0x00, 0x00, 0x00, 0x01, 0x41}));
-    release(4);
-}
-
-TEST_F(DecodeTest, SegmentBeyondTheDefiniteLength)
-{
-    EXPECT_EQ(18, decode(4, {0x24, 0x01, 0x04, 0x05, 0x41, 0x41, 0x41, 0x41, 0x41}));
-    EXPECT_NE(std::string::npos, errorText().find("D0122S: End of input reached before PDU was fully decoded"));
+    // A segment longer than its constructed string: 0031S.
+    EXPECT_EQ(5, decode(4, {0x24, 0x03, 0x04, 0x05, 0x41, 0x41, 0x41, 0x41, 0x41}));
+    // DATE's long-form tag is right; its length isn't.
+    EXPECT_EQ(12, decode(25, {0x1F, 0x1F, 0x02, '2', '0'}));
 }
 
 TEST_F(DecodeTest, BooleanNullAndInteger)
@@ -140,42 +82,17 @@ TEST_F(DecodeTest, BooleanNullAndInteger)
     EXPECT_EQ(5, decode(2, {0x22, 0x03, 0x02, 0x01, 0x05}));  // constructed
 }
 
-TEST_F(DecodeTest, RealForms)
+TEST_F(DecodeTest, RealSlotsAndForms)
 {
-    const struct {
-        Octets contents;
-        int code;
-        double value;
-    } rows[] = {
-        {{}, 0, 0.0},
-        {{0x00}, 5, 0},                      // 0099E
-        {{0x80, 0x00, 0x01}, 0, 1.0},
-        {{0x90, 0xFF, 0x04}, 0, 0.5},        // base 8, exponent -3 in bits
-        {{0x01, '0'}, 5, 0},                 // 0043E: zero has no contents
-        {{0x01, '1', '2'}, 0, 12.0},
-        {{0x02, '1', '2'}, 5, 0},            // 0041E: NR1 text under NR2
-        {{0x02, '1', '.', '5'}, 0, 1.5},
-        {{0x02, '1', ',', '5'}, 0, 1.5},
-        {{0x03, '1', '.', '5', 'E', '1'}, 0, 15.0},
-        {{0x03, ' ', '+', '1', '5', 'E', '-', '1'}, 0, 1.5},
-        {{0x40}, 0, 1.7976931348623157e308},
-        {{0x41}, 0, -1.7976931348623157e308},
-        {{0x45}, 5, 0},                      // reserved
-        {{0x02}, 5, 0},                      // 0038E
-    };
-    for (const auto& row : rows) {
-        Octets octets = {0x09, static_cast<uint8_t>(row.contents.size())};
-        octets.insert(octets.end(), row.contents.begin(), row.contents.end());
-        ASSERT_EQ(row.code, decode(8, octets)) << octets.size();
-        if (row.code == 0) {
-            EXPECT_EQ(row.value, *static_cast<double*>(value));
-            release(8);
-        }
-    }
-    ASSERT_EQ(0, decode(8, {0x09, 0x01, 0x43}));
-    EXPECT_TRUE(std::signbit(*static_cast<double*>(value)));
+    // The contents themselves are the parser's; here, what qorDecode does around it.
+    ASSERT_EQ(0, decode(8, {0x09, 0x00}));
+    EXPECT_EQ(0.0, *static_cast<double*>(value));
     release(8);
-    EXPECT_EQ(5, decode(8, {0x29, 0x00}));  // constructed
+    ASSERT_EQ(0, decode(8, {0x09, 0x03, 0x80, 0x00, 0x01}));
+    EXPECT_EQ(1.0, *static_cast<double*>(value));
+    release(8);
+    EXPECT_EQ(5, decode(8, {0x09, 0x01, 0x45}));  // a reserved special value
+    EXPECT_EQ(5, decode(8, {0x29, 0x00}));        // constructed
 }
 
 TEST_F(DecodeTest, BitStrings)
@@ -224,13 +141,6 @@ TEST_F(DecodeTest, ConstructedOctetStrings)
     ASSERT_EQ(0, decode(4, nested(10)));
     release(4);
     EXPECT_EQ(108, decode(4, nested(11)));
-
-    Octets big = {0x04, 0x82, 0x07, 0xD0};
-    for (int i = 0; i < 2000; ++i) big.push_back(static_cast<uint8_t>(i));
-    ASSERT_EQ(0, decode(4, big));
-    ASSERT_EQ(2000u, static_cast<CountedValue*>(value)->length);
-    EXPECT_EQ(0, std::memcmp(static_cast<CountedValue*>(value)->data, big.data() + 4, 2000));
-    release(4);
 }
 
 TEST_F(DecodeTest, CharacterStrings)
@@ -255,8 +165,6 @@ TEST_F(DecodeTest, CharacterStrings)
 
 TEST_F(DecodeTest, ConstraintPass)
 {
-    EXPECT_EQ(17, decode(10, {0x13, 0x03, 'A', '*', 'B'}));
-    EXPECT_NE(std::string::npos, errorText().find("bad character: '*'"));
     ASSERT_EQ(0, decode(9, {0x12, 0x00}));
     release(9);
     EXPECT_EQ(17, decode(15, {0x1A, 0x01, 0x7F}));
@@ -296,10 +204,6 @@ TEST_F(DecodeTest, Times)
     release(28);
 }
 
-}  // namespace
-
-namespace {
-
 TEST_F(DecodeTest, TwoSegmentsOfAThousandOctetsComeOutAsOneBlock)
 {
     Octets octets = {0x24, 0x82, 0x07, 0xD8};
@@ -315,10 +219,6 @@ TEST_F(DecodeTest, TwoSegmentsOfAThousandOctetsComeOutAsOneBlock)
     EXPECT_EQ(0, std::memcmp(data + 1000, octets.data() + 1012, 1000));
     release(4);
 }
-
-}  // namespace
-
-namespace {
 
 TEST_F(DecodeTest, OidIriTexts)
 {
@@ -373,10 +273,6 @@ TEST_F(DecodeTest, TimeFractions)
     EXPECT_EQ("D0012S: Out-of-range value in time type. Month = 13; check PDU #21 'QUELT-UTCTIME'.\n", errorText());
     EXPECT_EQ(5, decode(25, {0x3F, 0x1F, 0x0A, 0x04, 0x08, '2', '0', '1', '6', '0', '1', '0', '2'}));  // constructed DATE
 }
-
-}  // namespace
-
-namespace {
 
 TEST_F(DecodeTest, HugeLengthsTakeNoMemoryBeforeTheOctetsAreThere)
 {
