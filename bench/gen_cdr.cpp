@@ -52,11 +52,16 @@ void appendTag(Octets& out, uint8_t classAndForm, uint32_t number)
     for (int i = count - 1; i >= 0; --i) out.push_back(static_cast<uint8_t>(groups[i] | (i != 0 ? 0x80 : 0)));
 }
 
+void append(Octets& out, const Octets& more)
+{
+    out.insert(out.end(), more.begin(), more.end());
+}
+
 void primitive(Octets& out, uint8_t tagClass, uint32_t number, const Octets& value)
 {
     appendTag(out, tagClass, number);
     appendLength(out, value.size());
-    out.insert(out.end(), value.begin(), value.end());
+    append(out, value);
 }
 
 void constructed(Octets& out, uint8_t tagClass, uint32_t number, const Octets& contents)
@@ -64,13 +69,13 @@ void constructed(Octets& out, uint8_t tagClass, uint32_t number, const Octets& c
     appendTag(out, static_cast<uint8_t>(tagClass | 0x20), number);
     if (gIndefinite) {
         out.push_back(0x80);
-        out.insert(out.end(), contents.begin(), contents.end());
+        append(out, contents);
         out.push_back(0);
         out.push_back(0);
         return;
     }
     appendLength(out, contents.size());
-    out.insert(out.end(), contents.begin(), contents.end());
+    append(out, contents);
 }
 
 constexpr uint8_t kUniversal = 0x00;
@@ -86,10 +91,6 @@ Octets integerOctets(int64_t value)
     return out;
 }
 
-void append(Octets& out, const Octets& more)
-{
-    out.insert(out.end(), more.begin(), more.end());
-}
 
 class RecordMaker {
 public:
@@ -170,7 +171,7 @@ private:
             primitive(container, kContext, 6, timeStamp());
             Octets one;
             constructed(one, kUniversal, 16, container);
-            list.insert(list.end(), one.begin(), one.end());
+            append(list, one);
         }
         Octets out;
         constructed(out, kContext, 12, list);
@@ -184,7 +185,7 @@ private:
         primitive(body, kContext, 7, text("internet.apn"));
         primitive(body, kContext, 5, integerOctets(pick(0, 1 << 24)));  // charging ID
         Octets list = volumes(pick(6, 24));
-        body.insert(body.end(), list.begin(), list.end());
+        append(body, list);
         for (int i = 0; i < pick(4, 12); ++i) primitive(body, kContext, static_cast<uint32_t>(pick(32, 200)), tbcd(10));
         Octets out;
         constructed(out, kApplication, 78, body);  // [APPLICATION 78]
@@ -270,7 +271,7 @@ int main(int argc, char** argv)
             chunk.push_back(0x00);
             chunk.push_back(0x01);
         }
-        chunk.insert(chunk.end(), record.begin(), record.end());
+        append(chunk, record);
         written += record.size() + (headers ? 4 : 0);
         if (chunk.size() > (1 << 20)) {
             std::fwrite(chunk.data(), 1, chunk.size(), out);
