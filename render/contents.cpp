@@ -1,18 +1,19 @@
 #include "render/contents.h"
 
 #include <cstring>
+#include <utility>
 
 #include "app/signal.h"
 #include "decoder/decoder.h"
-#include "render/renderers.h"
 #include "render/text_block.h"
+#include "render/universal_tags.h"
 #include "runtime/context.h"
 #include "runtime/services.h"
+#include "tlv/element.h"
 #include "tlv/reader.h"
 
 namespace {
 
-constexpr int32_t kLastUniversal = 36;
 constexpr int kIntegerPdu = 2;
 constexpr int kHugeIntegerPdu = 23;
 constexpr int kOctetStringPdu = 4;
@@ -36,9 +37,9 @@ public:
     DecodedValue(const DecodedValue&) = delete;
     DecodedValue& operator=(const DecodedValue&) = delete;
 
-    bool decode(const uint8_t* element, int32_t available)
+    bool decode(const Element& element)
     {
-        BerBuffer buffer = {static_cast<uint32_t>(available), element};
+        BerBuffer buffer = {static_cast<uint32_t>(element.available()), element.start()};
         value_ = nullptr;
         int pdu = pdu_;
         if (qorDecode(context_, pdu, buffer, value_) != 0) {
@@ -55,118 +56,145 @@ private:
     void* value_ = nullptr;
 };
 
-// A primitive OCTET STRING of a definite length that the input holds, longer
-// than a line can show: nothing in its contents can make its decode fail.
-bool longOctetString(RunContext* context, RenderInput& input)
+// A definite length that the input holds.
+bool wholeDefinite(const Element& element)
 {
-    if ((input.element[0] & CONSTRUCTED_BIT) != 0 || (input.element[0] & HIGH_TAG_MASK) == HIGH_TAG_MASK) return false;
-    int32_t header = headerLength(context, input.element, input.available);
-    int32_t length = contentLength(context, input.element, input.available);
-    if (length < 0 || length > input.available - header) return false;
-    input.contents = length;
-    return shownOctets(context, length) < length;
+    return element.length >= 0 && !element.lengthOverruns();
+}
+
+// A primitive OCTET STRING that the decoder takes as it stands: a one-octet
+// identifier and at most four length octets. Nothing in its contents can make
+// its decode fail.
+bool plainOctetString(const Element& element)
+{
+    return !element.constructed && wholeDefinite(element) && element.identifier == 1 &&
+           element.header - element.identifier - 1 <= 4;
 }
 
 // Makes the text of a universal tag through the decoder; returns a failure.
-int decodedText(RunContext* context, const ContentsRenderer& row, RenderInput& input, char*& text)
+int decodedText(RunContext* context, const UniversalTag& row, const Element& element, char*& text)
 {
     int pdu = row.pdu;
+    RenderInput input = {element.start(), element.available(), 0};
     if (pdu == kIntegerPdu) {
         // INTEGER: the short form holds up to four octets in an i32.
-        input.contents = contentLength(context, input.element, input.available);
-        int32_t header = headerLength(context, input.element, input.available);
-        if (input.contents == LENGTH_TRUNCATED || input.contents > input.available - header) return FAIL_DECODE;
-        if (input.contents >= kHugeIntegerFrom) pdu = kHugeIntegerPdu;
-    }
-    if (pdu == kOctetStringPdu && longOctetString(context, input)) {
-        // Its text is the start of its contents, exactly as the decoded
-        // value would give it, without a copy of a value that can be huge.
-        int32_t header = headerLength(context, input.element, input.available);
-        text = hexText(context, input.element + header, shownOctets(context, input.contents));
-        return text == nullptr ? FAIL_NO_MEMORY : FAIL_NONE;
+        input.contents = element.length;
+        if (element.length == LENGTH_TRUNCATED || element.lengthOverruns()) return FAIL_DECODE;
+        if (element.length >= kHugeIntegerFrom) pdu = kHugeIntegerPdu;
     }
     DecodedValue decoded(context, pdu);
-    if (!decoded.decode(input.element, input.available)) return FAIL_DECODE;
+    if (!decoded.decode(element)) return FAIL_DECODE;
     return row.makeText(context, input, decoded.value(), text);
 }
 
-// The contents in hexadecimal, by the length that the encoding gives.
-int hexadecimalForm(RunContext* context, RenderInput& input, char*& text)
+// The contents in hexadecimal, by the length that the encoding gives; an
+// indefinite element shows everything up to the octets behind its end,
+// end-of-contents included.
+int hexadecimalForm(RunContext* context, const Element& element, OctetView& octets)
 {
     int failure = FAIL_NONE;
-    int32_t header = headerLength(context, input.element, input.available);
-    if (input.contents == 0) input.contents = contentLength(context, input.element, input.available);
-    if (input.contents == LENGTH_TRUNCATED) return FAIL_PREMATURE_END;
-    if (input.contents == LENGTH_INDEFINITE) {
-        int32_t behind = input.available;
-        const uint8_t* next = nextElement(context, input.element, behind);
+    int32_t contents = reportContentLength(context, element);
+    if (contents == LENGTH_TRUNCATED) return FAIL_PREMATURE_END;
+    if (contents == LENGTH_INDEFINITE) {
+        int32_t behind = element.available();
+        const uint8_t* next = nextElementOf(context, element, behind);
         if (next == nullptr) behind = 0;
-        input.contents = input.available - behind - header;
+        contents = element.room() - behind;
         if (next == nullptr) {
-            const uint8_t* contents = input.element + header;
-            if (input.contents < 2) failure = FAIL_DECODE;
-            if (input.contents == 2 && (contents[0] != 0 || contents[1] != 0)) failure = FAIL_DECODE;
+            if (contents < 2 || (contents == 2 && !element.behindHeader().startsWithEndOfContents())) {
+                failure = FAIL_DECODE;
+            }
         }
-    } else if (input.contents > input.available - header) {
-        input.contents = input.available - header;
+    } else if (contents > element.room()) {
+        contents = element.room();
         failure = FAIL_OVERRUN;
     }
-    if (input.contents > 0) {
-        // A constructed element's text is only shown when it failed.
-        const bool shown = failure != FAIL_NONE || (input.element[0] & CONSTRUCTED_BIT) == 0;
-        text = shown ? hexText(context, input.element + header, shownOctets(context, input.contents))
-                     : newText(context, "", 0);
-        if (text == nullptr) return FAIL_NO_MEMORY;
-    }
+    octets = element.behindHeader().first(contents);
     return failure;
 }
 
 }  // namespace
 
-char* renderContents(RunContext* context, const uint8_t* element, int32_t available)
+Rendered::~Rendered()
 {
-    if (element == nullptr || available == 0) {
-        signalError(context, 17, 0, 0);
-        return nullptr;
+    if (text_ != nullptr) qorFree(context_, text_);
+}
+
+Rendered::Rendered(Rendered&& other) noexcept
+    : context_(other.context_), text_(std::exchange(other.text_, nullptr)), hex_(other.hex_), hexForm_(other.hexForm_)
+{
+}
+
+Rendered& Rendered::operator=(Rendered&& other) noexcept
+{
+    if (this != &other) {
+        if (text_ != nullptr) qorFree(context_, text_);
+        context_ = other.context_;
+        text_ = std::exchange(other.text_, nullptr);
+        hex_ = other.hex_;
+        hexForm_ = other.hexForm_;
     }
-    int32_t header = headerLength(context, element, available);
-    if (header == LENGTH_TRUNCATED || header > available) return nullptr;
-    int tagClassOf = tagClass(context, element, available);
-    int32_t tag = tagNumber(context, element, available);
-    if (tag == -1) return nullptr;
+    return *this;
+}
+
+Rendered renderContents(RunContext* context, const Element& element, const UniversalTag* row)
+{
+    if (element.available() == 0) {
+        signalError(context, 17, 0, 0);
+        return {};
+    }
+    if (!element.readable() || element.headerOverruns() || element.tagNumber == -1) return {};
 
     // The rules in force are BER; probing them must leave them as they were.
     int rules = qorGetRules(context);
     int probe = qorSetRules(context, 0);
     context->encodingRules = rules;
 
+    const bool readable = probe == 0 && row != nullptr && row->pdu != 0 && row->makeText != nullptr;
+    // An OCTET STRING's text is its contents in hexadecimal; a primitive one
+    // that the input holds can't fail to decode.
+    if (readable && row->pdu == kOctetStringPdu && plainOctetString(element)) return Rendered(element.contents());
+    // What has no readable form shows its contents as they are.
+    if (!readable && wholeDefinite(element)) {
+        return element.length == 0 ? Rendered() : Rendered(element.contents());
+    }
+
     context->toolFlags |= TLV_QUIET_ERRORS;
     int failure = FAIL_NONE;
     char* text = nullptr;
-    RenderInput input = {element, available, 0};
-    bool readable = probe == 0 && tagClassOf == 0 && tag <= kLastUniversal && contentsRenderer(tag).pdu != 0 &&
-                    contentsRenderer(tag).makeText != nullptr;
-    if (readable) failure = decodedText(context, contentsRenderer(tag), input, text);
-    if (!readable || failure != FAIL_NONE) {
+    OctetView octets;
+    if (readable) failure = decodedText(context, *row, element, text);
+    const bool hexForm = !readable || failure != FAIL_NONE;
+    if (hexForm) {
         qorFree(context, text);
         text = nullptr;
         // What the hexadecimal form finds wrong takes the place of the
         // decoder's failure; else that failure stands.
-        int hexFailure = hexadecimalForm(context, input, text);
+        int hexFailure = hexadecimalForm(context, element, octets);
         if (hexFailure != FAIL_NONE) failure = hexFailure;
     }
     context->toolFlags &= ~TLV_QUIET_ERRORS;
 
+    Rendered result = !hexForm ? Rendered(context, text) : octets.empty() ? Rendered() : Rendered(octets);
     switch (failure) {
         case FAIL_NONE:
-            return text;
+            return result;
         case FAIL_NO_MEMORY:
         case FAIL_PREMATURE_END:
             signalError(context, failure, 0, 0);
-            qorFree(context, text);
-            return nullptr;
+            return {};
         default:
             context->toolFlags |= TLV_VALUE_FAILED;
-            return text;
+            return result;
     }
+}
+
+char* renderContents(RunContext* context, const uint8_t* start, int32_t available)
+{
+    Element element = readElement(start, available);
+    const UniversalTag* row = element.tagClass == CLASS_UNIVERSAL ? universalTag(element.tagNumber) : nullptr;
+    Rendered rendered = renderContents(context, element, row);
+    if (!rendered.present()) return nullptr;
+    if (!rendered.hexForm()) return newText(context, rendered.text(), std::strlen(rendered.text()));
+    return hexText(context, rendered.hex().data(), shownOctets(context, rendered.hex().size()));
 }

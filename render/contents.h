@@ -5,7 +5,11 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "tlv/octet_view.h"
+
 struct RunContext;
+struct Element;
+struct UniversalTag;
 
 // What a text maker knows of the element besides its decoded value.
 struct RenderInput {
@@ -19,12 +23,35 @@ struct RenderInput {
 // of the value failed. `text` is a block from qorAlloc, or null.
 using TextMaker = int (*)(RunContext* context, const RenderInput& input, const void* value, char*& text);
 
-// One row a universal tag: its PDU of the built-in table and its text maker.
-struct ContentsRenderer {
-    int pdu;             // 0: the tag has no readable form
-    TextMaker makeText;  // null: shown in hexadecimal
+// The readable form of an element's contents: a made text, or octets of the
+// input to be shown in hexadecimal, or nothing.
+class Rendered {
+public:
+    Rendered() = default;
+    Rendered(RunContext* context, char* text) : context_(context), text_(text) {}
+    explicit Rendered(OctetView hex) : hex_(hex), hexForm_(true) {}
+    ~Rendered();
+    Rendered(Rendered&& other) noexcept;
+    Rendered& operator=(Rendered&& other) noexcept;
+    Rendered(const Rendered&) = delete;
+    Rendered& operator=(const Rendered&) = delete;
+
+    bool present() const { return text_ != nullptr || hexForm_; }
+    bool hexForm() const { return hexForm_; }
+    const char* text() const { return text_; }
+    OctetView hex() const { return hex_; }
+
+private:
+    RunContext* context_ = nullptr;
+    char* text_ = nullptr;
+    OctetView hex_;
+    bool hexForm_ = false;
 };
 
-// A new text (freed by the caller with qorFree) or null. Sets
-// TLV_VALUE_FAILED when the encoding of the value is at fault.
+// Sets TLV_VALUE_FAILED when the encoding of the value is at fault. `row` is
+// the universal tag's row, if the element has one.
+Rendered renderContents(RunContext* context, const Element& element, const UniversalTag* row);
+
+// The same for the element at `element`, as a new text (freed by the caller
+// with qorFree) or null.
 char* renderContents(RunContext* context, const uint8_t* element, int32_t available);

@@ -161,6 +161,24 @@ char* qorReserve(RunContext* context, size_t length)
     return room;
 }
 
+int qorWriteHexDigits(RunContext* context, const uint8_t* octets, int32_t digits)
+{
+    constexpr int32_t kChunkOctets = 4096;
+    char chunk[2 * kChunkOctets];
+    for (int32_t done = 0; done < digits;) {
+        const int32_t take = digits - done < 2 * kChunkOctets ? digits - done : 2 * kChunkOctets;
+        char* out = qorReserve(context, static_cast<size_t>(take));
+        char* target = out != nullptr ? out : chunk;
+        const uint8_t* from = octets + done / 2;
+        const int32_t pairs = take / 2;
+        for (int32_t i = 0; i < pairs; ++i) std::memcpy(target + 2 * i, hexPair(from[i]), 2);
+        if ((take & 1) != 0) target[take - 1] = hexPair(from[pairs])[0];
+        if (out == nullptr) qorWrite(context, chunk, static_cast<size_t>(take));
+        done += take;
+    }
+    return digits > 0 ? digits : 0;
+}
+
 int qorBlanksSlow(RunContext* context, int width)
 {
     static constexpr char kBlanks[] = "                                                                ";

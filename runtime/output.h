@@ -64,6 +64,9 @@ inline int qorBlanks(RunContext* context, int width)
     return qorBlanksSlow(context, width);
 }
 void qorFlush(RunContext* context);
+// `digits` upper-case hexadecimal digits of `octets`, two an octet, high half
+// first; an odd count ends on the high half of the last octet.
+int qorWriteHexDigits(RunContext* context, const uint8_t* octets, int32_t digits);
 // A decimal number, as "%ld" prints it, without parsing a format.
 int qorWriteDecimal(RunContext* context, long value);
 // At the end of a record: flushes when the output is a terminal.

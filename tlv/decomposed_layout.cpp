@@ -7,6 +7,7 @@
 #include "render/contents.h"
 #include "render/tag_name.h"
 #include "render/text_block.h"
+#include "render/universal_tags.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
@@ -26,8 +27,8 @@ int printHeaderLength(RunContext* context, int32_t header)
 }
 
 // Header length, length, form and name; returns the characters printed.
-int printElementFields(RunContext* context, const uint8_t* element, int32_t available, int32_t header,
-                       int32_t length, const char* name)
+int printElementFields(RunContext* context, const Element& element, int32_t header, int32_t length,
+                       const TagText& name)
 {
     int column = printHeaderLength(context, header);
     if (length == LENGTH_INDEFINITE) {
@@ -35,10 +36,9 @@ int printElementFields(RunContext* context, const uint8_t* element, int32_t avai
     } else {
         column += printRightAligned(context, 4, static_cast<unsigned long>(length));
     }
-    column += isConstructed(context, element, available) ? qorWrite(context, " cons: ", 7)
-                                                         : qorWrite(context, " prim: ", 7);
-    const char* shownName = name != nullptr ? name : "Unknown";
-    return column + qorWrite(context, shownName, std::strlen(shownName));
+    column += element.constructed ? qorWrite(context, " cons: ", 7) : qorWrite(context, " prim: ", 7);
+    if (name.text == nullptr) return column + qorWrite(context, "Unknown", 7);
+    return column + qorWrite(context, name.text, static_cast<size_t>(name.length));
 }
 
 // One PDU of the walk: its element and what the walk knows of it.
@@ -51,14 +51,14 @@ void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long
                PduCounter* counter);
 
 // Goes into a constructed element and closes it when it is indefinite.
-void walkInside(RunContext* context, const uint8_t* element, int32_t count, long& offset, int depth,
+void walkInside(RunContext* context, const Element& element, int32_t count, long& offset, int depth,
                 bool indefinite)
 {
     int32_t inner = count;
-    const uint8_t* inside = firstInside(context, element, inner);
+    const uint8_t* inside = firstInsideOf(context, element, inner);
     if (inside == nullptr) return;
     const int32_t contentsLength = inner;
-    offset += inside - element;
+    offset += inside - element.start();
     if (depth + 1 <= MAX_WALK_DEPTH) {
         walkLevel(context, inside, inner, offset, depth + 1, nullptr);
     } else {
@@ -67,7 +67,7 @@ void walkInside(RunContext* context, const uint8_t* element, int32_t count, long
     }
     if (indefinite) {
         bool endOfContents = true;
-        printDecomposedElement(context, inside + contentsLength, 2, depth, offset, endOfContents);
+        printDecomposedElement(context, readElement(inside + contentsLength, 2), depth, offset, endOfContents);
     }
 }
 
@@ -76,13 +76,14 @@ void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long
 {
     while (true) {
         bool indefinite = false;
-        int stop = printDecomposedElement(context, element, count, depth, offset, indefinite);
+        const Element read = readElement(element, count);
+        int stop = printDecomposedElement(context, read, depth, offset, indefinite);
         const int32_t before = count;
         const long start = offset;
         const uint8_t* next = nullptr;
         if (stop == 0) {
-            walkInside(context, element, count, offset, depth, indefinite);
-            next = nextElement(context, element, count);
+            walkInside(context, read, count, offset, depth, indefinite);
+            next = nextElementOf(context, read, count);
         }
         offset = start + (next != nullptr ? next - element : before);
         if (counter != nullptr) {
@@ -132,27 +133,27 @@ int printRightAligned(RunContext* context, int width, unsigned long value)
     return qorWrite(context, start, static_cast<size_t>(end - start));
 }
 
-int printDecomposedElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
-                           long offset, bool& indefinite)
+int printDecomposedElement(RunContext* context, const Element& element, int depth, long offset, bool& indefinite)
 {
     TagNameBuffer nameBuffer;
-    const char* name = tagNameText(context, element, available, nameBuffer);
-    if (name == nullptr) return 1;
+    TagText name = elementTagName(context, element, nameBuffer);
+    if (name.text == nullptr) return 1;
+    const int32_t available = element.available();
     int32_t length = LENGTH_TRUNCATED;
     int nameWidth = 0;
     bool bad = false;
     // The walker marks an end-of-contents by `indefinite`; any other 00 is a
     // tag of 00.
-    if (element[0] == 0 && !indefinite) {
+    if (element.firstOctet() == 0 && !indefinite) {
         signalError(context, 73, 0, 0);
-        name = nullptr;
+        name = TagText();
     }
 
-    int32_t header = headerLength(context, element, available);
+    int32_t header = reportHeaderLength(context, element);
     if (header == LENGTH_TRUNCATED || header > available) {
         bad = true;
     } else {
-        length = contentLength(context, element, available);
+        length = reportContentLength(context, element);
         if (length == LENGTH_TRUNCATED) {
             bad = true;
         } else {
@@ -170,25 +171,25 @@ int printDecomposedElement(RunContext* context, const uint8_t* element, int32_t 
     } else if (length == LENGTH_TRUNCATED) {
         column += printHeaderLength(context, header) + qorWrite(context, " ???", 4);
     } else {
-        column += printElementFields(context, element, available, header, length, name);
-        if (name != nullptr && !(name[0] == 'E' && std::strcmp(name, "END-OF-CONTENTS") == 0)) {
-            nameWidth = static_cast<int>(std::strlen(name)) + 1;
-        }
+        column += printElementFields(context, element, header, length, name);
+        const bool endOfContents = element.tagClass == CLASS_UNIVERSAL && element.tagNumber == 0;
+        if (name.text != nullptr && !endOfContents) nameWidth = name.length + 1;
     }
     if ((bad && length == LENGTH_TRUNCATED) || nameWidth == 0) return bad ? 1 : 0;
 
-    if (length == LENGTH_INDEFINITE && available - header >= 2 && element[header] == 0 && element[header + 1] == 0) {
+    if (length == LENGTH_INDEFINITE && element.emptyIndefinite()) {
         bool endOfContents = true;
-        printDecomposedElement(context, element + header, 2, depth, offset + header, endOfContents);
+        printDecomposedElement(context, readElement(element.behindHeader().first(2)), depth, offset + header,
+                               endOfContents);
         return bad ? 1 : 0;
     }
     if (nameWidth < kNameField) column += qorBlanks(context, kNameField - nameWidth);
-    OwnedText text(context, renderContents(context, element, available));
-    if (text.get() != nullptr) {
+    Rendered value = renderContents(context, element, name.row);
+    if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
-        if (!isConstructed(context, element, available) || failed) {
+        if (!element.constructed || failed) {
             column += qorWrite(context, ":", 1);
-            printRendered(context, text.get(), name, column);
+            printRendered(context, value, name.row, column);
         }
         if (failed) {
             context->toolFlags &= ~TLV_VALUE_FAILED;

@@ -7,10 +7,10 @@
 #include "runtime/buffers.h"
 
 struct RunContext;
+struct Element;
 
 void printDecomposedLayout(RunContext* context, InputBuffer& buffer);
-int printDecomposedElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
-                           long offset, bool& indefinite);
+int printDecomposedElement(RunContext* context, const Element& element, int depth, long offset, bool& indefinite);
 int printRightAligned(RunContext* context, int width, unsigned long value);
 // Walks the elements with their offsets from the start of each PDU; depth 1
 // is the top level.

@@ -69,20 +69,19 @@ void printHexLayout(RunContext* context, InputBuffer& buffer)
     }
 }
 
-int printHexElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
-                    bool& indefinite, bool&)
+int printHexElement(RunContext* context, const Element& read, int depth, bool& indefinite, bool&)
 {
     const int indent = 2 * depth;
-    if (element[0] == 0) signalError(context, 73, 0, 0);
+    const uint8_t* element = read.start();
+    const int32_t available = read.available();
+    if (read.firstOctet() == 0) signalError(context, 73, 0, 0);
     indefinite = false;
     bool stop = true;
     bool repaired = false;
     int32_t length = LENGTH_TRUNCATED;
     int32_t shown = 0;
 
-    const uint8_t* cursor = element;
-    int32_t remaining = available;
-    int32_t identifier = readIdentifier(context, cursor, remaining);
+    const int32_t identifier = read.identifier;
     if (identifier == LENGTH_TRUNCATED) {
         qorWrite(context, "\n", 1);
         dumpOctets(context, element, available, indent, "");
@@ -91,24 +90,17 @@ int printHexElement(RunContext* context, const uint8_t* element, int32_t availab
     }
     if (identifier == 0) return 0;
 
-    const uint8_t first = *cursor;  // the first length octet
+    const uint8_t first = read.lengthOctet();
     if (first == 0x80) indefinite = true;
-    int32_t header = identifier + 1 + ((first & 0x80) != 0 ? (first & 0x7F) : 0);
+    int32_t header = read.header;
     if (header > available) {
         signalError(context, 38, header, available);
     } else {
         LengthRepair repair = repairLongFormLength(context, element, available, identifier, header);
         repaired = repair.applied;
         header = repair.header;
-        if (repair.lengthSet) {
-            length = repair.length;
-            shown = repair.shown;
-        } else {
-            const uint8_t* at = element;
-            int32_t left = available;
-            length = readHeader(context, at, left);
-            shown = length;
-        }
+        length = repair.lengthSet ? repair.length : read.length;
+        shown = repair.lengthSet ? repair.shown : read.length;
         if (length == LENGTH_TRUNCATED) {
             signalError(context, 17, reinterpret_cast<intptr_t>(element), available);
         } else if (!indefinite && length > available - header) {
@@ -129,13 +121,13 @@ int printHexElement(RunContext* context, const uint8_t* element, int32_t availab
         if ((first & 0x80) != 0) column += printDecimalLength(context, shown);
     }
     if (stop && length == LENGTH_TRUNCATED) return 1;
-    if (!stop && indefinite && available - header >= 2 && element[header] == 0 && element[header + 1] == 0) {
+    if (!stop && indefinite && read.emptyIndefinite()) {
         qorWrite(context, "\n", 1);
         qorBlanks(context, indent);
         qorWrite(context, "00 00", 5);
         return 0;
     }
-    if ((element[0] & CONSTRUCTED_BIT) != 0 && !stop) return 0;
+    if (read.constructed && !stop) return 0;
     if (header > available) return stop ? 1 : 0;
 
     // A primitive element in the indefinite form has no count to show.

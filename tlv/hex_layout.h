@@ -6,7 +6,7 @@
 #include "runtime/buffers.h"
 
 struct RunContext;
+struct Element;
 
 void printHexLayout(RunContext* context, InputBuffer& buffer);
-int printHexElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
-                    bool& indefinite, bool& titles);
+int printHexElement(RunContext* context, const Element& element, int depth, bool& indefinite, bool& titles);

@@ -194,49 +194,39 @@ int32_t readHeader(RunContext* context, const uint8_t*& cursor, int32_t& remaini
 
 int32_t headerLength(RunContext* context, const uint8_t* element, int32_t count)
 {
-    if (count == 0) return 0;
-    const uint8_t* cursor = element;
-    int32_t remaining = count;
-    int32_t identifier = readIdentifier(context, cursor, remaining);
-    if (identifier == LENGTH_TRUNCATED) {
-        signalError(context, 17, place(element), count);
-        return LENGTH_TRUNCATED;
-    }
-    if (identifier == 0) return 0;
-    int32_t result = identifier + 1;
-    if ((*cursor & 0x80) != 0) result += *cursor & 0x7F;
-    if (result > count) signalError(context, 38, result, count);
-    return result;
+    return reportHeaderLength(context, readElement(element, count));
 }
 
 int32_t contentLength(RunContext* context, const uint8_t* element, int32_t count)
 {
-    int32_t header = headerLength(context, element, count);
-    if (header == LENGTH_TRUNCATED) return LENGTH_TRUNCATED;
-    if (header > count) return 0;
-    const uint8_t* cursor = element;
-    int32_t remaining = count;
-    int32_t length = readHeader(context, cursor, remaining);
-    if (length == LENGTH_TRUNCATED) {
-        signalError(context, 17, place(element), remaining);
-        return LENGTH_TRUNCATED;
-    }
-    if (length > count - header) signalError(context, 35, length, count - header);
-    return length;
+    return reportContentLength(context, readElement(element, count));
 }
 
 const uint8_t* nextElement(RunContext* context, const uint8_t* element, int32_t& count)
 {
-    const uint8_t* cursor = element;
-    int32_t remaining = count;
-    int32_t length = readHeader(context, cursor, remaining);
+    return nextElementOf(context, readElement(element, count), count);
+}
+
+const uint8_t* firstInside(RunContext* context, const uint8_t* element, int32_t& count)
+{
+    if (element == nullptr) return nullptr;
+    return firstInsideOf(context, readElement(element, count), count);
+}
+
+const uint8_t* nextElementOf(RunContext* context, const Element& element, int32_t& count)
+{
+    // What readHeader gives for the element: nothing at all, a header that
+    // runs off the data, or a length.
+    if (count == 0) return nullptr;
+    int32_t length = element.readable() ? element.length : element.identifier;
     if (length == LENGTH_TRUNCATED) {
-        if (count != 0) signalError(context, 17, place(element), count);
+        signalError(context, 17, place(element.start()), count);
         count = 0;
         return nullptr;
     }
     if (length == LENGTH_INDEFINITE) {
-        const uint8_t* end = cursor;
+        const uint8_t* end = element.start() + element.header;
+        int32_t remaining = count - element.header;
         if (!skipToEndOfContents(context, end, remaining)) {
             signalError(context, 36, 0, 0);
             count = 0;
@@ -245,26 +235,27 @@ const uint8_t* nextElement(RunContext* context, const uint8_t* element, int32_t&
         count = remaining;
         return count == 0 ? nullptr : end;
     }
-    count = remaining;
-    if (count == 0) return nullptr;
-    if (length > count) length = count;
-    count -= length;
-    return count == 0 ? nullptr : cursor + length;
+    if (element.lengthOverruns()) {
+        count = 0;
+        return nullptr;
+    }
+    count -= element.header + length;
+    return count == 0 ? nullptr : element.start() + element.header + length;
 }
 
-const uint8_t* firstInside(RunContext* context, const uint8_t* element, int32_t& count)
+const uint8_t* firstInsideOf(RunContext* context, const Element& element, int32_t& count)
 {
-    if (count == 0 || element == nullptr || (element[0] & CONSTRUCTED_BIT) == 0) return nullptr;
-    int32_t header = headerLength(context, element, count);
+    if (count == 0 || !element.constructed) return nullptr;
+    int32_t header = reportHeaderLength(context, element);
     if (header < 1) return nullptr;
-    bool indefinite = contentLength(context, element, count) == LENGTH_INDEFINITE;
+    bool indefinite = reportContentLength(context, element) == LENGTH_INDEFINITE;
     int32_t behind = count;
     {
         QuietErrors quiet(context);
-        nextElement(context, element, behind);
+        nextElementOf(context, element, behind);
     }
     count = count - header - behind - (indefinite ? 2 : 0);
-    return count <= 0 ? nullptr : element + header;
+    return count <= 0 ? nullptr : element.start() + header;
 }
 
 bool isConstructed(RunContext*, const uint8_t* element, int32_t count)

@@ -5,15 +5,10 @@
 
 #include <cstdint>
 
+#include "tlv/element.h"
+
 struct RunContext;
 
-// Length results.
-constexpr int32_t LENGTH_INDEFINITE = -1;
-constexpr int32_t LENGTH_TRUNCATED = -2;
-constexpr int32_t LENGTH_TOO_LARGE = 0x7FFFFFFF;
-
-constexpr uint8_t HIGH_TAG_MASK = 0x1F;
-constexpr uint8_t CONSTRUCTED_BIT = 0x20;
 
 int32_t readIdentifier(RunContext* context, const uint8_t*& cursor, int32_t& remaining);
 int32_t readLengthOctets(RunContext* context, const uint8_t*& cursor, int32_t& remaining);
@@ -26,3 +21,8 @@ bool isConstructed(RunContext* context, const uint8_t* element, int32_t count);
 int tagClass(RunContext* context, const uint8_t* element, int32_t count);
 int32_t tagNumber(RunContext* context, const uint8_t* element, int32_t count);
 uint32_t readBigEndian(int count, const uint8_t* octets);
+
+// nextElement and firstInside of an element already read; `count` is its
+// available octets on entry.
+const uint8_t* nextElementOf(RunContext* context, const Element& element, int32_t& count);
+const uint8_t* firstInsideOf(RunContext* context, const Element& element, int32_t& count);

@@ -8,6 +8,7 @@
 #include "app/signal.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
+#include "render/universal_tags.h"
 #include "render/text_block.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
@@ -24,27 +25,14 @@ constexpr size_t kNameLimit = 12;
 constexpr int kLineEnd = 79;
 constexpr int kCopyLimit = 1024;
 
-// Where a long type name is broken in two, or npos.
-size_t splitPoint(const std::string_view name)
-{
-    size_t at = name.find("String");
-    if (at != std::string_view::npos && name != "BMPString" && name != "IA5String") return at;
-    at = name.find("Time");
-    if (at != std::string_view::npos && name != "UTCTime") return at;
-    if (name == "CHARACTER STRING") return name.find("STRING");
-    at = name.find("IDENTIFIER");
-    if (at != std::string_view::npos) return at;
-    return name.find("Descriptor");
-}
-
 // The Type field: the name, maybe broken over two lines; returns its width
 // on the element's line.
-int printTypeName(RunContext* context, const char* name, int indent)
+int printTypeName(RunContext* context, const TagText& name, int indent)
 {
-    if (name == nullptr) return qorWrite(context, "Unknown", 7);
-    std::string_view rest = name;
-    size_t at = splitPoint(rest);
-    if (at != std::string_view::npos && at > 0) {
+    if (name.text == nullptr) return qorWrite(context, "Unknown", 7);
+    std::string_view rest(name.text, static_cast<size_t>(name.length));
+    const size_t at = name.row != nullptr ? name.row->split : 0;
+    if (at > 0) {
         std::string_view front = rest.substr(0, at);
         qorWrite(context, front.data(), front.size() < kNameLimit ? front.size() : kNameLimit);
         qorWrite(context, "\n", 1);
@@ -68,14 +56,6 @@ int printLengthField(RunContext* context, int32_t length, int32_t shown, bool ba
     return qorWrite(context, "???", 3);
 }
 
-// Times, REALs and INTEGERs are shown whole, however long.
-bool keepsItsWidth(const char* name)
-{
-    if (name[0] == '[') return false;  // a tag in brackets names none of them
-    return std::strstr(name, "Time") != nullptr || std::strstr(name, "REAL") != nullptr ||
-           std::strstr(name, "INTEGER") != nullptr;
-}
-
 }  // namespace
 
 void printSyntaxLayout(RunContext* context, InputBuffer& buffer)
@@ -89,33 +69,29 @@ void printSyntaxLayout(RunContext* context, InputBuffer& buffer)
     context->toolFlags = savedFlags;
 }
 
-int printSyntaxElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
-                       bool& indefinite, bool& titles)
+int printSyntaxElement(RunContext* context, const Element& element, int depth, bool& indefinite, bool& titles)
 {
     const int indent = 2 * depth;
     TagNameBuffer nameBuffer;
-    const char* name = tagNameText(context, element, available, nameBuffer);
-    if (name == nullptr) return 1;
+    TagText name = elementTagName(context, element, nameBuffer);
+    if (name.text == nullptr) return 1;
     indefinite = false;
-    if (element[0] == 0) {
+    if (element.firstOctet() == 0) {
         signalError(context, 73, 0, 0);
-        name = nullptr;
+        name = TagText();
     }
 
     if ((context->toolFlags & TLV_NO_TITLES) == 0 && titles) {
         qorWrite(context, "\n", 1);
         qorBlanks(context, indent);
-        qorWrite(context, "Type", 4);
-        qorBlanks(context, 9);
-        qorWrite(context, "Length", 6);
-        qorBlanks(context, 2);
-        qorWrite(context, "Contents", 8);
+        qorWrite(context, "Type         Length  Contents", 29);
     }
 
+    const int32_t available = element.available();
     int32_t length = LENGTH_TRUNCATED;
     bool bad = false;
-    int32_t header = headerLength(context, element, available);
-    if (header != LENGTH_TRUNCATED && header <= available) length = contentLength(context, element, available);
+    int32_t header = reportHeaderLength(context, element);
+    if (header != LENGTH_TRUNCATED && header <= available) length = reportContentLength(context, element);
     const int32_t shown = length;
     if (length == LENGTH_TRUNCATED) {
         bad = true;
@@ -131,8 +107,8 @@ int printSyntaxElement(RunContext* context, const uint8_t* element, int32_t avai
 
     int column = qorBlanks(context, indent);
     int width;
-    if (tagClass(context, element, available) == 1) {
-        width = qorPrint(context, "[APPLICATION %d]", tagNumber(context, element, available));
+    if (element.tagClass == CLASS_APPLICATION) {
+        width = qorPrint(context, "[APPLICATION %d]", element.tagNumber);
     } else {
         width = printTypeName(context, name, indent);
     }
@@ -141,7 +117,7 @@ int printSyntaxElement(RunContext* context, const uint8_t* element, int32_t avai
     int lengthWidth = printLengthField(context, length, shown, bad);
     column += lengthWidth + padTo(context, kLengthWidth, lengthWidth);
 
-    if (length == LENGTH_INDEFINITE && available - header >= 2 && element[header] == 0 && element[header + 1] == 0) {
+    if (length == LENGTH_INDEFINITE && element.emptyIndefinite()) {
         qorWrite(context, "\n", 1);
         qorBlanks(context, indent);
         qorWrite(context, "END-OF-CONTENTS", 15);
@@ -149,12 +125,10 @@ int printSyntaxElement(RunContext* context, const uint8_t* element, int32_t avai
     }
     if (bad && length == LENGTH_TRUNCATED) return 1;
 
-    OwnedText text(context, renderContents(context, element, available));
-    if (text.get() != nullptr) {
+    Rendered value = renderContents(context, element, name.row);
+    if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
-        if (!isConstructed(context, element, available) || failed) {
-            printRendered(context, text.get(), name != nullptr ? name : "Unknown", column);
-        }
+        if (!element.constructed || failed) printRendered(context, value, name.row, column);
         if (failed) {
             context->toolFlags &= ~TLV_VALUE_FAILED;
             bad = true;
@@ -163,19 +137,24 @@ int printSyntaxElement(RunContext* context, const uint8_t* element, int32_t avai
     return bad ? 1 : 0;
 }
 
-int printRendered(RunContext* context, const char* text, const char* name, int column)
+int printRendered(RunContext* context, const Rendered& value, const UniversalTag* row, int column)
 {
-    size_t size = std::strlen(text);
+    const bool hex = value.hexForm();
+    const size_t size = hex ? 2 * static_cast<size_t>(value.hex().size()) : std::strlen(value.text());
+    auto write = [&](size_t count) {
+        return hex ? qorWriteHexDigits(context, value.hex().data(), static_cast<int32_t>(count))
+                   : qorWrite(context, value.text(), count);
+    };
     int room = kLineEnd - column;
-    bool keepsWidth = keepsItsWidth(name) && (context->toolFlags & TLV_VALUE_FAILED) == 0;
-    if ((context->toolFlags & TLV_NO_SHORT) != 0) return qorWrite(context, text, size);
+    const bool keepsWidth = row != nullptr && row->keepsWidth && (context->toolFlags & TLV_VALUE_FAILED) == 0;
+    if ((context->toolFlags & TLV_NO_SHORT) != 0) return write(size);
     if (keepsWidth || context->lineWidth == 0 || context->lineWidth > static_cast<uint32_t>(kCopyLimit)) {
         room = kCopyLimit;
     }
-    if (size <= static_cast<size_t>(room > 0 ? room : 0)) return qorWrite(context, text, size);
+    if (size <= static_cast<size_t>(room > 0 ? room : 0)) return write(size);
     // Too long for the line: cut, and mark the cut with "...". With no room
     // left at all the mark alone stands for the value.
     if (room <= 3) return qorWrite(context, "...", 3);
-    int printed = qorWrite(context, text, static_cast<size_t>(room - 3));
+    int printed = write(static_cast<size_t>(room - 3));
     return printed + qorWrite(context, "...", 3);
 }

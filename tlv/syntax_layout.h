@@ -7,10 +7,12 @@
 #include "runtime/buffers.h"
 
 struct RunContext;
+struct Element;
+struct UniversalTag;
+class Rendered;
 
 void printSyntaxLayout(RunContext* context, InputBuffer& buffer);
-int printSyntaxElement(RunContext* context, const uint8_t* element, int32_t available, int depth,
-                       bool& indefinite, bool& titles);
+int printSyntaxElement(RunContext* context, const Element& element, int depth, bool& indefinite, bool& titles);
 // Prints a rendered value, truncated at column 79 unless it keeps its width;
 // returns the characters printed.
-int printRendered(RunContext* context, const char* text, const char* name, int column);
+int printRendered(RunContext* context, const Rendered& value, const UniversalTag* row, int column);

@@ -57,30 +57,22 @@ int32_t firstRecordLength(RunContext* context, const uint8_t* record, int32_t av
     return header + length;
 }
 
-bool isEndOfContents(RunContext* context, const uint8_t* octets)
-{
-    TagNameBuffer buffer;
-    const char* name = tagNameText(context, octets, 2, buffer);
-    return name != nullptr && std::strcmp(name, "END-OF-CONTENTS") == 0;
-}
-
 }  // namespace
+
+bool endOfContentsFollows(RunContext* context, const uint8_t* octets)
+{
+    const Element element = readElement(octets, 2);
+    TagNameBuffer buffer;
+    const TagText name = elementTagName(context, element, buffer);
+    return name.text != nullptr && element.tagClass == CLASS_UNIVERSAL && element.tagNumber == 0;
+}
 
 int dumpOctets(RunContext* context, const uint8_t* octets, int32_t count, int indent,
                const char* suffix)
 {
     if (count <= 0) return 0;
     int printed = indent > 0 ? qorBlanks(context, indent) : 0;
-    for (int32_t done = 0; done < count;) {
-        int32_t take = count - done < 4096 ? count - done : 4096;
-        char chunk[2 * 4096];
-        char* out = qorReserve(context, static_cast<size_t>(2 * take));
-        char* target = out != nullptr ? out : chunk;
-        for (int32_t i = 0; i < take; ++i) std::memcpy(target + 2 * i, hexPair(octets[done + i]), 2);
-        if (out == nullptr) qorWrite(context, chunk, static_cast<size_t>(2 * take));
-        printed += 2 * take;
-        done += take;
-    }
+    printed += qorWriteHexDigits(context, octets, 2 * count);
     if (suffix != nullptr && suffix[0] != '\0') printed += qorWrite(context, suffix, std::strlen(suffix));
     return printed;
 }
@@ -106,11 +98,15 @@ bool detectCdrHeaders(RunContext* context, const uint8_t* input, int32_t inputLe
     if (recordLength > static_cast<uint32_t>(count - fileHeader - recordHeader)) return false;
     if (count - fileHeader <= recordHeader) return false;
 
+    // A look-ahead: what it meets while probing is no finding of the listing,
+    // and doesn't stay behind as the run's last error either.
     uint32_t wasQuiet = context->toolFlags & TLV_QUIET_ERRORS;
+    const int32_t lastError = context->state != nullptr ? context->state->lastError : 0;
     context->toolFlags |= TLV_QUIET_ERRORS;
     int32_t total = firstRecordLength(context, input + fileHeader + recordHeader,
                                       count - fileHeader - recordHeader);
     context->toolFlags = (context->toolFlags & ~TLV_QUIET_ERRORS) | wasQuiet;
+    if (context->state != nullptr) context->state->lastError = lastError;
     if (total < 0 || static_cast<uint32_t>(total) != recordLength) return false;
     probe.fileHeaderLength = fileHeader;
     probe.recordHeaderLength = recordHeader;
@@ -182,10 +178,13 @@ void walkRecords(RunContext* context, const uint8_t* element, int32_t& count, in
             }
         }
         bool indefinite = false;
-        if (printer(context, element, count, depth, indefinite, titles) != 0) return;
+        Element read = readElement(element, count);
+        if (printer(context, read, depth, indefinite, titles) != 0) return;
+        // The repair may have rewritten a length octet while printing.
+        if ((context->toolFlags & TLV_FIX_ENCODING) != 0) read = readElement(element, count);
 
         int32_t inner = count;
-        const uint8_t* inside = firstInside(context, element, inner);
+        const uint8_t* inside = firstInsideOf(context, read, inner);
         int32_t contentsLength = inner;
         if (inside != nullptr) {
             titles = true;
@@ -196,7 +195,7 @@ void walkRecords(RunContext* context, const uint8_t* element, int32_t& count, in
             }
         }
         titles = false;
-        if (indefinite && inside != nullptr && isEndOfContents(context, inside + contentsLength)) {
+        if (indefinite && inside != nullptr && endOfContentsFollows(context, inside + contentsLength)) {
             qorWrite(context, "\n", 1);
             qorBlanks(context, 2 * depth);
             if ((context->toolFlags & TLV_SYNTAX_LAYOUT) != 0) {
@@ -206,7 +205,7 @@ void walkRecords(RunContext* context, const uint8_t* element, int32_t& count, in
             }
         }
         if (depth == 0) qorRecordDone(context);
-        const uint8_t* next = nextElement(context, element, count);
+        const uint8_t* next = nextElementOf(context, read, count);
         if (next == nullptr || count == 0) return;
         element = next;
     }

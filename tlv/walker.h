@@ -7,13 +7,14 @@
 #include <cstdint>
 
 #include "runtime/buffers.h"
+#include "tlv/element.h"
 
 struct RunContext;
 
 // Prints one element; returns 0 when the walk may go on with it (go inside,
 // then step over it), 1 when it must stop at this element.
-using ElementPrinter = int (*)(RunContext* context, const uint8_t* element, int32_t available,
-                               int depth, bool& indefinite, bool& titles);
+using ElementPrinter = int (*)(RunContext* context, const Element& element, int depth, bool& indefinite,
+                               bool& titles);
 
 // Deepest nesting that the walkers go into; deeper contents are stepped over
 // with a note in the listing.
@@ -32,6 +33,9 @@ bool detectCdrHeaders(RunContext* context, const uint8_t* input, int32_t inputLe
 void skipCdrHeader(RunContext* context, const uint8_t*& cursor, int32_t& count, int32_t length,
                    const char* word);
 int32_t skipPadding(RunContext* context, const uint8_t*& cursor, int32_t& count);
+// Whether the two octets at `octets` are an end-of-contents; reports code 37
+// for a tag of 00 with a second octet that isn't 0.
+bool endOfContentsFollows(RunContext* context, const uint8_t* octets);
 // Octets as upper-case hexadecimal behind `indent` blanks, then `suffix`.
 int dumpOctets(RunContext* context, const uint8_t* octets, int32_t count, int indent,
                const char* suffix);

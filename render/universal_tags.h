@@ -1,0 +1,21 @@
+// What the listings know of each universal tag, by tag number: one row a
+// tag. Nothing is decided by searching a printed name.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "render/contents.h"
+
+struct UniversalTag {
+    std::string_view name;  // the listing's name; empty: shown as "[n]"
+    uint8_t split;          // the syntax layout breaks the name in front of this character; 0: whole
+    bool keepsWidth;        // INTEGER, REAL and the time types are shown whole, however long
+    uint8_t pdu;            // the type of the built-in table; 0: no readable form
+    TextMaker makeText;     // null: shown in hexadecimal
+};
+
+constexpr int32_t kLastUniversalTag = 36;
+
+// The row of a universal tag from 0 to 36, or null.
+const UniversalTag* universalTag(int32_t number);

@@ -1,0 +1,83 @@
+// One BER element, read once: identifier octets, length octets and where its
+// contents lie, with what the read found wrong. The walkers read each element
+// once and hand this record to the printers and the checks; nothing reads
+// the header again.
+#pragma once
+
+#include <cstdint>
+
+#include "tlv/octet_view.h"
+
+struct RunContext;
+
+// Length results.
+constexpr int32_t LENGTH_INDEFINITE = -1;
+constexpr int32_t LENGTH_TRUNCATED = -2;
+constexpr int32_t LENGTH_TOO_LARGE = 0x7FFFFFFF;
+
+constexpr uint8_t HIGH_TAG_MASK = 0x1F;
+constexpr uint8_t CONSTRUCTED_BIT = 0x20;
+
+enum TagClass : uint8_t { CLASS_UNIVERSAL = 0, CLASS_APPLICATION = 1, CLASS_CONTEXT = 2, CLASS_PRIVATE = 3 };
+
+struct Element {
+    // From the first identifier octet to the end of the enclosing contents.
+    OctetView whole;
+    // Identifier octets: their count, 0 when there is no octet at all, or
+    // LENGTH_TRUNCATED when the data ends inside the identifier or right
+    // behind it (an identifier without a length).
+    int32_t identifier = 0;
+    // Identifier plus length octets, as the first length octet announces
+    // them; may exceed the octets there are. Valid when identifier >= 1.
+    int32_t header = 0;
+    // The length as read: LENGTH_INDEFINITE, LENGTH_TRUNCATED when the length
+    // octets run off the data, else the value; a value beyond the data is
+    // kept (LENGTH_TOO_LARGE when it can't be held). Valid when identifier >= 1.
+    int32_t length = LENGTH_TRUNCATED;
+    // The tag number as far as the octets reach (base 128, 32 bits), or -1
+    // when a high-tag-number identifier has no octet behind its first.
+    int32_t tagNumber = -1;
+    uint8_t tagClass = CLASS_UNIVERSAL;
+    bool constructed = false;
+
+    const uint8_t* start() const { return whole.data(); }
+    int32_t available() const { return whole.size(); }
+    uint8_t firstOctet() const { return whole.empty() ? 0 : whole.data()[0]; }
+    bool readable() const { return identifier >= 1; }
+    bool indefinite() const { return readable() && length == LENGTH_INDEFINITE; }
+    // No room for the length octets that the first one announces.
+    bool headerOverruns() const { return readable() && header > available(); }
+    // Octets behind the header, up to the end of the enclosing contents.
+    int32_t room() const { return available() - header; }
+    // A definite length beyond the octets behind the header.
+    bool lengthOverruns() const { return readable() && length >= 0 && length > room(); }
+    // The first length octet.
+    uint8_t lengthOctet() const { return whole.data()[identifier]; }
+    bool longFormLength() const { return (lengthOctet() & 0x80) != 0; }
+    // The contents octets there are, for a definite length.
+    OctetView contents() const { return whole.from(header).first(length < 0 ? 0 : length); }
+    // What follows the header up to the end of the enclosing contents.
+    OctetView behindHeader() const { return whole.from(header); }
+    // An indefinite element with nothing but an end-of-contents inside.
+    bool emptyIndefinite() const { return indefinite() && room() >= 2 && behindHeader().startsWithEndOfContents(); }
+    // The second octet is 0: what a tag of 0 needs to be an end-of-contents.
+    bool secondOctetZero() const { return available() >= 2 && whole.data()[1] == 0; }
+    // Universal tag 0 with a second octet of 0: an end-of-contents.
+    bool isEndOfContents() const { return available() >= 2 && whole.data()[0] == 0 && whole.data()[1] == 0; }
+};
+
+// Reads the element at the start of `whole`; reports nothing.
+Element readElement(OctetView whole);
+inline Element readElement(const uint8_t* start, int32_t available)
+{
+    return readElement(OctetView(start, available));
+}
+
+// The reports of a header read, made where the listing needs them; each
+// returns what the reader routine of the same name returns.
+// headerLength: code 17 when the identifier runs off the data, 38 when the
+// length octets do.
+int32_t reportHeaderLength(RunContext* context, const Element& element);
+// contentLength: the same, then 17 when the length octets run off and 35
+// when the length exceeds the data.
+int32_t reportContentLength(RunContext* context, const Element& element);
