@@ -127,10 +127,15 @@ void repairAndReport(RunContext* context, DriverState& state)
     }
     if (state.form == InputForm::Pem || state.form == InputForm::Base64) {
         // A text that doesn't decode is reported as a listing reports it;
-        // the repair then decodes it again, into a block of its own.
-        state.result = openAndLoad(context, state);
-        if (state.result != 0) reportLoadFailure(context, state);
-        releaseDecodedInput(context, state.decoded);
+        // the repair then decodes it again, into a block of its own. A pipe
+        // can't be read twice: the repair alone reads it, and takes a text
+        // that doesn't decode for an input it can't read.
+        struct stat status {};
+        if (state.presetInput == nullptr && stat(state.inputName, &status) == 0 && S_ISREG(status.st_mode)) {
+            state.result = openAndLoad(context, state);
+            if (state.result != 0) reportLoadFailure(context, state);
+            releaseDecodedInput(context, state.decoded);
+        }
         context->toolFlags |= state.form == InputForm::Pem ? TLV_PEM_INPUT : TLV_BASE64_INPUT;
     }
     state.result = repairEncoding(context, state.inputName, state.repairName);
