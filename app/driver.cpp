@@ -49,13 +49,14 @@ bool closeListingFile(RunContext* context, DriverState& state)
     return false;
 }
 
-// The same file by device and inode, whatever the paths.
+// The same file by device and inode, whatever the paths. A terminal read
+// and written at once (/dev/stdin and /dev/stdout) loses nothing.
 bool sameFile(const char* first, const char* second)
 {
     struct stat one {};
     struct stat other {};
     return stat(first, &one) == 0 && stat(second, &other) == 0 && one.st_dev == other.st_dev &&
-           one.st_ino == other.st_ino;
+           one.st_ino == other.st_ino && !S_ISCHR(one.st_mode);
 }
 
 // An output that names the input would empty it before it is read: refused
