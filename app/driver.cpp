@@ -1,11 +1,14 @@
 #include "app/driver.h"
 
+#include <sys/stat.h>
+
 #include <cstdint>
 #include <cstring>
 
 #include "app/input.h"
 #include "app/options.h"
 #include "app/signal.h"
+#include "app/text_input.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
@@ -14,29 +17,72 @@
 
 namespace {
 
+constexpr int kWriteFailed = 72;
+
+std::FILE* openInput(DriverState& state)
+{
+    if (state.presetInput != nullptr) return state.presetInput;
+    state.inputFile = std::fopen(state.inputName, state.binaryInput ? "rb" : "rt");
+    return state.inputFile;
+}
+
 // Opens and loads the input; returns the load's result code.
 int openAndLoad(RunContext* context, DriverState& state)
 {
-    std::FILE* stream = state.presetInput;
-    if (stream == nullptr) {
-        state.inputFile = std::fopen(state.inputName, state.binaryInput ? "rb" : "rt");
-        stream = state.inputFile;
-    }
+    std::FILE* stream = openInput(state);
     if (stream == nullptr) return 45;
+    if (state.form == InputForm::Pem || state.form == InputForm::Base64) {
+        return loadDecodedInput(context, stream, state.form, 0, state.decoded);
+    }
     state.buffer.length = 0;  // no spare octets
     return loadInput(context, stream, state.offset, state.count, state.buffer);
 }
 
+// Closes the listing file; a write that failed on the way (a full disk) is
+// reported on the console. False then.
+bool closeListingFile(RunContext* context, DriverState& state)
+{
+    if (!state.outputOpened) return true;
+    state.outputOpened = false;
+    if (closeOutputFile(context) == 0) return true;
+    qorPrint(context, "Error writing to the output file: '%s'.", state.outputName);
+    return false;
+}
+
+// The same file by device and inode, whatever the paths. A terminal read
+// and written at once (/dev/stdin and /dev/stdout) loses nothing.
+bool sameFile(const char* first, const char* second)
+{
+    struct stat one {};
+    struct stat other {};
+    return stat(first, &one) == 0 && stat(second, &other) == 0 && one.st_dev == other.st_dev &&
+           one.st_ino == other.st_ino && !S_ISCHR(one.st_mode);
+}
+
+// An output that names the input would empty it before it is read: refused
+// before anything is opened for writing.
+void refuseOutputOverInput(RunContext* context, const DriverState& state)
+{
+    if (state.presetInput != nullptr) return;
+    for (const char* name : {state.outputName, state.repairName}) {
+        if (name != nullptr && sameFile(state.inputName, name)) exitWithMessage(context, 11, name);
+    }
+}
+
 // Reports a failed load; 45 to 48 end the run, 49 comes back.
-void reportLoadFailure(RunContext* context, const DriverState& state)
+void reportLoadFailure(RunContext* context, DriverState& state)
 {
     int result = state.result;
     if (result == 49 && state.buffer.length >= 1) {
         // the octets read so far are printed into the output file too
-    } else if (state.outputOpened) {
-        closeOutputFile(context);  // the message belongs on the console
+    } else if (!closeListingFile(context, state)) {  // the message belongs on the console
+        jumpToTarget(context, kWriteFailed);
     }
     if (result == 1) exitWithMessage(context, 1, nullptr);
+    if (result == LOAD_TEXT_FORM_FAULT) {
+        printTextFormFault(context, state.form, state.inputName, state.decoded.fault);
+        jumpToTarget(context, result);
+    }
     intptr_t text = 0;
     long number = 0;
     if (result == 45 || result == 46 || result == 49) text = reinterpret_cast<intptr_t>(state.inputName);
@@ -45,11 +91,31 @@ void reportLoadFailure(RunContext* context, const DriverState& state)
     signalError(context, result, text, number);
 }
 
+// Each block of a PEM or base64 input is listed as a binary file of its
+// octets would be; PEM blocks behind a line with their number and label.
+void printBlocks(RunContext* context, DriverState& state, LayoutPrinter printer)
+{
+    int number = 0;
+    for (const PemBlock& block : state.decoded.blocks) {
+        ++number;
+        InputBuffer view = {0, nullptr};
+        state.result = selectBlockOctets(state.decoded, block, state.offset, state.count, view);
+        if (state.form == InputForm::Pem) printBlockLabel(context, block, number);
+        if (state.result != 0) reportLoadFailure(context, state);
+        printer(context, view);
+    }
+}
+
 void loadAndPrint(RunContext* context, DriverState& state)
 {
     state.result = openAndLoad(context, state);
     if (state.result != 0) reportLoadFailure(context, state);
     LayoutPrinter printer = state.printer != nullptr ? state.printer : printHexLayout;
+    if (state.form == InputForm::Pem || state.form == InputForm::Base64) {
+        printBlocks(context, state, printer);
+        return;
+    }
+    if (state.form == InputForm::Binary) hintAtTextForm(state.buffer);
     printer(context, state.buffer);
 }
 
@@ -60,19 +126,35 @@ void repairAndReport(RunContext* context, DriverState& state)
         qorPrint(context, "The '-text' is not supported with '-zfixencoding'.");
         return;
     }
+    if (state.form == InputForm::Pem || state.form == InputForm::Base64) {
+        // A text that doesn't decode is reported as a listing reports it;
+        // the repair then decodes it again, into a block of its own. A pipe
+        // can't be read twice: the repair alone reads it, and takes a text
+        // that doesn't decode for an input it can't read.
+        struct stat status {};
+        if (state.presetInput == nullptr && stat(state.inputName, &status) == 0 && S_ISREG(status.st_mode)) {
+            state.result = openAndLoad(context, state);
+            if (state.result != 0) reportLoadFailure(context, state);
+            releaseDecodedInput(context, state.decoded);
+        }
+        context->toolFlags |= state.form == InputForm::Pem ? TLV_PEM_INPUT : TLV_BASE64_INPUT;
+    }
     state.result = repairEncoding(context, state.inputName, state.repairName);
     printRepairOutcome(context, state.result, state.inputName, state.repairName);
 }
 
-// What every end of a run releases.
-void releaseRun(RunContext* context, DriverState& state)
+// What every end of a run releases. False when the listing file lost
+// octets.
+bool releaseRun(RunContext* context, DriverState& state)
 {
     releaseInput(context, state.buffer);
-    if (state.outputName != nullptr && state.outputOpened) closeOutputFile(context);
+    releaseDecodedInput(context, state.decoded);
+    const bool written = closeListingFile(context, state);
     if (state.inputFile != nullptr) {
         std::fclose(state.inputFile);
         state.inputFile = nullptr;
     }
+    return written;
 }
 
 }  // namespace
@@ -94,6 +176,7 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
         context->padByteSpec = 0;
         if (parseArguments(context, state, argc, argv) == OptionsOutcome::Run) {
             if (state.inputName == nullptr) exitWithMessage(context, 4, nullptr);
+            refuseOutputOverInput(context, state);
             if (state.outputName != nullptr) {
                 if (openOutputFile(context, state.outputName) != 0) {
                     exitWithMessage(context, 11, state.outputName);
@@ -107,16 +190,19 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
             }
         }
         qorPrint(context, "\n\n");
-        releaseRun(context, state);
+        if (!releaseRun(context, state)) {
+            state.result = kWriteFailed;
+            qorPrint(context, "\n\n");
+        }
     } catch (const ToolJump& jump) {
         // A later jump goes straight to the return: nothing catches it here.
         context->jumpTarget = false;
-        releaseRun(context, state);
-        if (jump.value >= 1 && jump.value <= 3) qorPrint(context, "\n%s", driverMessage(jump.value));
+        const int value = releaseRun(context, state) ? jump.value : kWriteFailed;
+        if (value >= 1 && value <= 3) qorPrint(context, "\n%s", driverMessage(value));
         qorPrint(context, "\n\n");
         context->toolFlags = savedFlags;
         qorFlush(context);
-        return jump.value;
+        return value;
     }
     context->toolFlags = savedFlags;
     context->jumpTarget = false;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "app/text_input.h"
 #include "runtime/buffers.h"
 
 struct RunContext;
@@ -18,12 +19,14 @@ struct DriverState {
     uint32_t offset;
     uint32_t count;
     bool binaryInput;
+    InputForm form;
     LayoutPrinter printer;
     bool outputOpened;
     std::FILE* inputFile;
     std::FILE* presetInput;  // the input of a run inside the process
     int32_t result;
     InputBuffer buffer;
+    DecodedInput decoded;  // -pem and -base64
     char nameFromStdin[256];  // the input name read by the "-" option
 };
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 
 #include "runtime/context.h"
@@ -12,6 +13,14 @@
 namespace {
 
 constexpr size_t kLineSize = 1024;
+constexpr size_t kReadChunk = 64 * 1024;
+
+// Lengths are 32-bit: what is kept of an input, spare octets and a text's
+// line room included, stays below 2 GiB.
+long largestInput(int32_t spare)
+{
+    return 0x7FFFFFFF - spare - 2048;
+}
 
 bool isWhiteSpace(char c)
 {
@@ -75,7 +84,9 @@ int selectDigits(RunContext* context, std::FILE* stream, uint32_t& offset, uint3
 }
 
 // A regular binary file without spare octets is mapped instead of read: the
-// octets aren't copied once more. Copy-on-write keeps the file unchanged.
+// octets aren't copied once more. The mapping is read-only: nothing writes
+// into an input that isn't its own heap copy (the repair loads with spare
+// octets, so it always has one).
 bool mapInput(std::FILE* stream, long skip, long want, InputBuffer& buffer)
 {
     int descriptor = fileno(stream);
@@ -84,13 +95,91 @@ bool mapInput(std::FILE* stream, long skip, long want, InputBuffer& buffer)
     const long page = sysconf(_SC_PAGESIZE);
     const long base = skip / page * page;
     const size_t length = static_cast<size_t>(want + (skip - base));
-    void* map = mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_POPULATE, descriptor, base);
+    void* map = mmap(nullptr, length, PROT_READ, MAP_PRIVATE | MAP_POPULATE, descriptor, base);
     if (map == MAP_FAILED) return false;
     buffer.length = static_cast<int32_t>(want);
     buffer.data = static_cast<uint8_t*>(map) + (skip - base);
     buffer.mapBase = map;
     buffer.mapLength = length;
     return true;
+}
+
+// A block that grows as a stream is read into it.
+struct GrowingBlock {
+    uint8_t* data = nullptr;
+    size_t used = 0;
+    size_t capacity = 0;
+};
+
+bool makeRoom(RunContext* context, GrowingBlock& block, size_t wanted)
+{
+    if (block.capacity - block.used >= wanted) return true;
+    size_t capacity = block.capacity == 0 ? kReadChunk : block.capacity;
+    while (capacity - block.used < wanted) capacity *= 2;
+    auto* data = static_cast<uint8_t*>(qorAlloc(context, capacity));
+    if (data == nullptr) return false;
+    if (block.used != 0) std::memcpy(data, block.data, block.used);
+    qorFree(context, block.data);
+    block.data = data;
+    block.capacity = capacity;
+    return true;
+}
+
+// A pipe, a FIFO or a terminal can't be positioned: it is read to its end.
+// The first `skip` octets are passed over, at most `keep` are kept (0: all),
+// and the block keeps `spare` octets of room behind them; more than `limit`
+// octets kept is a failed read, as a file too large is.
+int readToEnd(RunContext* context, std::FILE* stream, long skip, long keep, long limit, int32_t spare,
+              GrowingBlock& block, long& total)
+{
+    total = 0;
+    uint8_t passed[4096];
+    while (true) {
+        size_t room = kReadChunk;
+        uint8_t* into = passed;
+        if (total >= skip) {
+            if (!makeRoom(context, block, kReadChunk + static_cast<size_t>(spare))) return LOAD_NO_MEMORY;
+            into = block.data + block.used;
+            if (keep != 0 && static_cast<long>(block.used + room) > keep) {
+                room = static_cast<size_t>(keep - static_cast<long>(block.used));
+            }
+        } else {
+            room = static_cast<size_t>(skip - total < static_cast<long>(sizeof passed) ? skip - total : sizeof passed);
+        }
+        if (room == 0) return LOAD_DONE;
+        const size_t got = std::fread(into, 1, room, stream);
+        total += static_cast<long>(got);
+        if (into != passed) block.used += got;
+        if (static_cast<long>(block.used) > limit) return LOAD_READ_FAILED;
+        if (got < room) return std::ferror(stream) == 0 ? LOAD_DONE : LOAD_READ_FAILED;
+    }
+}
+
+int loadUnpositioned(RunContext* context, std::FILE* stream, uint32_t offset, uint32_t count, InputBuffer& buffer,
+                     int32_t spare)
+{
+    const bool text = (context->toolFlags & TLV_TEXT_INPUT) != 0;
+    const long skip = text ? 0 : static_cast<long>(offset);
+    const long keep = text ? 0 : static_cast<long>(count);
+    GrowingBlock block;
+    long total = 0;
+    const int read = readToEnd(context, stream, skip, keep, largestInput(spare), spare, block, total);
+    LoadBlock memory(context, block.data);
+    if (read != LOAD_DONE) return read;
+    if (total <= 0) return LOAD_READ_FAILED;
+    if (skip >= total) return LOAD_BAD_OFFSET;
+    if (!text) {
+        std::memset(block.data + block.used, 0, static_cast<size_t>(spare));
+        buffer = {static_cast<int32_t>(block.used) + spare, memory.release()};
+        return LOAD_DONE;
+    }
+    // Text is loaded as from a file: the same offsets, counts and checks.
+    std::FILE* inMemory = fmemopen(block.data, block.used, "r");
+    if (inMemory == nullptr) return LOAD_NO_MEMORY;
+    buffer.length = spare;
+    const int result = loadInput(context, inMemory, offset, count, buffer);
+    std::fclose(inMemory);
+    return result;
 }
 
 }  // namespace
@@ -111,16 +200,19 @@ int loadInput(RunContext* context, std::FILE* stream, uint32_t offset, uint32_t 
     const long skip = text ? 0 : static_cast<long>(offset);
     const int32_t spare = buffer.length;
     buffer = {0, nullptr};
-    if (std::fseek(stream, 0, SEEK_END) != 0) return LOAD_READ_FAILED;
+    if (std::fseek(stream, 0, SEEK_END) != 0) {
+        if (errno == ESPIPE) return loadUnpositioned(context, stream, offset, count, buffer, spare);
+        return LOAD_READ_FAILED;
+    }
     const long size = std::ftell(stream);
     if (size <= 0) return LOAD_READ_FAILED;
     if (skip >= size) return LOAD_BAD_OFFSET;
     if (std::fseek(stream, skip, SEEK_SET) != 0) return LOAD_READ_FAILED;
     long want = size - skip;
     if (count != 0 && static_cast<long>(count) < want) want = static_cast<long>(count);
-    // Lengths are 32-bit: a larger input (or a directory, whose size reads
-    // as enormous) can't be read.
-    if (want > 0x7FFFFFFF - spare - 2048) return LOAD_READ_FAILED;
+    // A larger input (or a directory, whose size reads as enormous) can't
+    // be read.
+    if (want > largestInput(spare)) return LOAD_READ_FAILED;
 
     if (!text && spare == 0 && mapInput(stream, skip, want, buffer)) return LOAD_DONE;
 

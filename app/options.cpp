@@ -35,6 +35,8 @@ enum OptionNumber : int16_t {
     OPT_NO_TRACE = 15,
     OPT_PAD = 16,
     OPT_NO_CDR_HEADERS = 17,
+    OPT_PEM = 18,
+    OPT_BASE64 = 19,
 };
 
 struct OptionRow {
@@ -62,34 +64,14 @@ constexpr OptionRow kOptions[] = {
     {"-znotrace", OPT_NO_TRACE, 3},
     {"-pad", OPT_PAD, 2},
     {"-nocdrheaders", OPT_NO_CDR_HEADERS, 4},
+    // Extensions stand behind every row above: the first match wins, so no
+    // abbreviation above changes its meaning ("-p" is -pad, "-b" -binary).
+    {"-pem", OPT_PEM, 3},
+    {"-base64", OPT_BASE64, 3},
     {"", OPT_NONE, 0},
 };
 
 constexpr LayoutPrinter kLayouts[] = {nullptr, printHexLayout, printDecomposedLayout, printSyntaxLayout};
-
-const char kHelpText[] =
-    "Options: (.D. indicates default)\n\n"
-    "  -binary <infile>     .D.   print BER encoding from binary file\n"
-    "  -text   <infile>     ...   print BER encoding from text file\n"
-    "  +offset,num          ...   print \"num\" bytes starting at \"offset\" in\n"
-    "                             input file\n"
-    "  -decomposed          ...   print BER encoding in decomposed-TLV format\n"
-    "  -hexadecimal         .D.   print BER encoding in hexadecimal-TLV format\n"
-    "  -syntax              ...   print BER encoding in syntax-TLV format\n"
-    "  -output <outfile>    ...   write output into file\n"
-    "  -noaddition          ...   do not print additional clarifying value in hex\n"
-    "                             for INTEGER and REAL types when printing in\n"
-    "                             decomposed-TLV or syntax-TLV formats\n"
-    "  -noshort             ...   do not truncate contents of BER encoding\n"
-    "  -notitles            ...   do not print titles for type, length, contents\n"
-    "                             fields when printing in syntax-TLV format\n"
-    "  -pad <byte>          ...   skip padding areas between concatenated records\n"
-    "                             filled with <byte>s, <byte> represents a hex\n"
-    "                             number (e.g., 0x00 for hex 00, 0xFF for hex FF)\n"
-    "                             or a non-negative decimal number from 0 to 255\n"
-    "                             (e.g. 10 or 128)\n"
-    "  -nocdrheaders        ...   do not automatically detect and skip CDR headers\n"
-    "  -help                ...   print help information\n";
 
 // The first row whose name begins with the argument, A-Z folded, within the
 // row's lengths.
@@ -217,9 +199,15 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
             case OPT_TEXT:
                 context->toolFlags |= TLV_TEXT_INPUT;
                 state.binaryInput = false;
+                state.form = InputForm::Text;
                 at = takeInputName(context, state, argc, argv, at);
                 break;
             case OPT_BINARY:
+                at = takeInputName(context, state, argc, argv, at);
+                break;
+            case OPT_PEM:
+            case OPT_BASE64:
+                state.form = number == OPT_PEM ? InputForm::Pem : InputForm::Base64;
                 at = takeInputName(context, state, argc, argv, at);
                 break;
             case OPT_NAME_FROM_STDIN:
@@ -251,7 +239,7 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
                 at = takePadByte(context, argc, argv, at);
                 break;
             case OPT_HELP:
-                qorPrint(context, "%s", kHelpText);
+                printHelp(context);
                 return OptionsOutcome::Finished;
             default:
                 exitWithMessage(context, 7, argument);

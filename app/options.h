@@ -19,6 +19,8 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
 [[noreturn]] void exitWithMessage(RunContext* context, int index, const char* text);
 
 void printUsage(RunContext* context);
+// The help text, then the Extensions section.
+void printHelp(RunContext* context);
 
 // Reads exactly `count` characters as a decimal number; a character that is
 // not a digit ends the run with the driver message `errorIndex`.

@@ -14,7 +14,11 @@ for hex in $(find tests/golden -name input.hex); do
   printf "$(printf '%s' "$digits" | sed 's/\(..\)/\\x\1/g')" > "$corpus/seeds/$name"
 done
 cp examples/*.ber examples/*.der "$corpus/seeds/" 2>/dev/null || true
-for target in run decode text repair; do
+for text in $(find tests/golden -name input.txt -o -name stdin-pipe); do
+  # a leading octet for fuzz_textforms: 1 reads the text as PEM, 0 as base64
+  printf '\001' | cat - "$text" > "$corpus/seeds/$(echo "$text" | tr '/' '_')"
+done
+for target in run decode text repair textforms; do
   mkdir -p "$corpus/$target"
   echo "fuzzing $target for ${SECONDS_EACH}s"
   "$BUILD/fuzz_$target" -max_total_time="$SECONDS_EACH" -timeout=10 -rss_limit_mb=2048 -max_len=65536 \

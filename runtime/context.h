@@ -28,6 +28,8 @@ constexpr uint32_t TLV_QUIET_ERRORS = 0x100;
 constexpr uint32_t TLV_VALUE_FAILED = 0x200;
 constexpr uint32_t TLV_FIX_ENCODING = 0x800000;
 constexpr uint32_t TLV_TRACE_FIXUPS = 0x1000000;
+constexpr uint32_t TLV_PEM_INPUT = 0x10000000;     // -pem: the repair decodes its input
+constexpr uint32_t TLV_BASE64_INPUT = 0x20000000;  // -base64: likewise
 
 // Bits of RunState::stateFlags.
 constexpr uint32_t STATE_PROBING = 0x1;  // a premature end (17) is not fatal

@@ -11,11 +11,13 @@
 
 namespace {
 
+// A file that failed a write (a full disk) takes nothing more: the run goes
+// on to its end, and the release reports the loss.
 void writeOut(OutStream* stream, const char* text, size_t length)
 {
-    if (length == 0) return;
+    if (length == 0 || stream->failed) return;
     if (stream->file != nullptr) {
-        std::fwrite(text, 1, length, stream->file);
+        if (std::fwrite(text, 1, length, stream->file) != length) stream->failed = true;
     } else if (stream->sink != nullptr) {
         stream->sink->append(text, length);
     }
@@ -25,7 +27,7 @@ void drain(OutStream* stream)
 {
     writeOut(stream, stream->buffer, stream->used);
     stream->used = 0;
-    if (stream->file != nullptr) std::fflush(stream->file);
+    if (stream->file != nullptr && !stream->failed && std::fflush(stream->file) != 0) stream->failed = true;
 }
 
 void append(OutStream* stream, const char* text, size_t length)
@@ -81,6 +83,7 @@ OutStream* outStreamForFile(std::FILE* file, bool ownsFile)
     stream->sink = nullptr;
     stream->ownsFile = ownsFile;
     stream->terminal = isatty(fileno(file)) != 0;
+    stream->failed = false;
     stream->used = 0;
     return stream;
 }
@@ -93,6 +96,7 @@ OutStream* outStreamForSink(std::string* sink)
     stream->sink = sink;
     stream->ownsFile = false;
     stream->terminal = false;
+    stream->failed = false;
     stream->used = 0;
     return stream;
 }
@@ -103,7 +107,7 @@ bool outStreamRelease(OutStream* stream)
     drain(stream);
     bool good = true;
     if (stream->file != nullptr) {
-        good = std::ferror(stream->file) == 0;
+        good = !stream->failed && std::ferror(stream->file) == 0;
         if (stream->ownsFile && std::fclose(stream->file) != 0) good = false;
     }
     delete stream;

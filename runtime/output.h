@@ -20,6 +20,7 @@ struct OutStream {
     std::string* sink;   // receives the text when file is null
     bool ownsFile;       // closed by closeOutputFile / qorStopContext
     bool terminal;       // flush at the end of every record
+    bool failed;         // a write failed: what follows is dropped, the release reports it
     size_t used;
     char buffer[kCapacity];
 };
@@ -28,7 +29,7 @@ struct OutStream {
 OutStream* outStreamForFile(std::FILE* file, bool ownsFile);
 OutStream* outStreamForSink(std::string* sink);
 // Writes out what is buffered; closes the file if owned; frees the stream.
-// Returns false when writing or closing failed.
+// Returns false when a write on the way, or closing, failed.
 bool outStreamRelease(OutStream* stream);
 
 int qorPrint(RunContext* context, const char* format, ...) __attribute__((format(printf, 2, 3)));

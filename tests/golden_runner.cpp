@@ -2,20 +2,32 @@
 // status and produced files, compared byte for byte.
 //
 // A case is a folder under tests/golden holding:
-//   args        one argument per line; {in} is the input's path, {dir} the
-//               run's own folder (for files the run writes)
+//   args        one argument per line. {in} is the input's absolute path,
+//               {dir} the run's own folder (for files the run writes). The
+//               run starts in {dir} and the input lies beside it, so
+//               ../input names the input too (the shorter name that most
+//               cases show in their listings); both names are one file.
 //   input.hex   the input as hexadecimal octets ('#' starts a comment), or
-//   input.txt   the input as it stands (text input)
-//   stdin       optional standard input
-//   stdout      the expected standard output; {YEAR} is the current UTC year
+//   input.txt   the input as it stands (text, PEM and base64 input)
+//   stdin       optional standard input, read from a regular file, or
+//   stdin-pipe  standard input written into a pipe, so that /dev/stdin is
+//               a pipe that can't be positioned; stdin-pipe.hex holds it as
+//               hexadecimal octets
+//   stdout      the expected standard output; {YEAR} is the current UTC
+//               year, {in} and {dir} as in args
+//   stderr      optional: the expected standard error, compared byte for
+//               byte, with the same replacements; when absent, standard
+//               error is not compared
 //   status      the expected exit status (0 when absent)
 //   files/NAME  a file the run must leave in {dir}; NAME.hex holds it as
 //               hexadecimal octets. A run leaves no other file.
+// Every run leaves its input as it was.
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -92,17 +104,50 @@ std::string currentYear()
 struct RunResult {
     int status;
     std::string output;
+    std::string errors;
 };
 
-RunResult runProgram(const std::vector<std::string>& args, const fs::path& stdinPath, const fs::path& stdoutPath,
-                     const fs::path& workDir)
+// Where the run's standard input comes from: a file, or octets fed
+// through a pipe by a writer process of their own.
+struct StandardInput {
+    fs::path file;
+    bool piped = false;
+    std::string octets;
+};
+
+// The read end of a pipe that a writer process fills with `octets`.
+int feedingPipe(const std::string& octets, pid_t& writer)
 {
+    int ends[2];
+    if (pipe(ends) != 0) return -1;
+    writer = fork();
+    if (writer == 0) {
+        close(ends[0]);
+        signal(SIGPIPE, SIG_IGN);  // a run that stops reading early ends the writer quietly
+        for (size_t at = 0; at < octets.size();) {
+            ssize_t put = write(ends[1], octets.data() + at, octets.size() - at);
+            if (put <= 0) break;
+            at += static_cast<size_t>(put);
+        }
+        _exit(0);
+    }
+    close(ends[1]);
+    return ends[0];
+}
+
+RunResult runProgram(const std::vector<std::string>& args, const StandardInput& input, const fs::path& stdoutPath,
+                     const fs::path& stderrPath, const fs::path& workDir)
+{
+    pid_t writer = -1;
+    const int piped = input.piped ? feedingPipe(input.octets, writer) : -1;
     pid_t child = fork();
     if (child == 0) {
-        int in = open(stdinPath.empty() ? "/dev/null" : stdinPath.c_str(), O_RDONLY);
+        int in = input.piped ? piped : open(input.file.empty() ? "/dev/null" : input.file.c_str(), O_RDONLY);
         int out = open(stdoutPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        int err = open(stderrPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         dup2(in, 0);
         dup2(out, 1);
+        dup2(err, 2);
         if (chdir(workDir.c_str()) != 0) _exit(127);
         std::vector<char*> argv;
         argv.push_back(const_cast<char*>(gBinary.c_str()));
@@ -111,11 +156,14 @@ RunResult runProgram(const std::vector<std::string>& args, const fs::path& stdin
         execv(gBinary.c_str(), argv.data());
         _exit(127);
     }
+    if (piped >= 0) close(piped);
     int status = 0;
     waitpid(child, &status, 0);
+    if (writer > 0) waitpid(writer, nullptr, 0);
     RunResult result;
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     result.output = readFile(stdoutPath);
+    result.errors = readFile(stderrPath);
     return result;
 }
 
@@ -148,6 +196,8 @@ public:
         fs::path input = work / "input";
         if (fs::exists(folder_ / "input.hex")) writeFile(input, hexToOctets(readFile(folder_ / "input.hex")));
         if (fs::exists(folder_ / "input.txt")) fs::copy_file(folder_ / "input.txt", input);
+        const bool hasInput = fs::exists(input);
+        const std::string inputOctets = hasInput ? readFile(input) : std::string();
 
         std::vector<std::string> args;
         std::istringstream lines(readFile(folder_ / "args"));
@@ -156,16 +206,36 @@ public:
             line = replaceAll(line, "{dir}", (work / "run").string());
             args.push_back(line);
         }
-        fs::path stdinPath = fs::exists(folder_ / "stdin") ? folder_ / "stdin" : fs::path();
-        RunResult result = runProgram(args, stdinPath, work / "stdout", work / "run");
+        StandardInput standardInput;
+        if (fs::exists(folder_ / "stdin")) standardInput.file = folder_ / "stdin";
+        if (fs::exists(folder_ / "stdin-pipe")) {
+            standardInput.piped = true;
+            standardInput.octets = readFile(folder_ / "stdin-pipe");
+        }
+        if (fs::exists(folder_ / "stdin-pipe.hex")) {
+            standardInput.piped = true;
+            standardInput.octets = hexToOctets(readFile(folder_ / "stdin-pipe.hex"));
+        }
+        RunResult result = runProgram(args, standardInput, work / "stdout", work / "stderr", work / "run");
 
-        std::string expected = replaceAll(readFile(folder_ / "stdout"), "{YEAR}", currentYear());
-        expected = replaceAll(expected, "{in}", input.string());
-        expected = replaceAll(expected, "{dir}", (work / "run").string());
+        auto expectedText = [&](const std::string& name) {
+            std::string text = replaceAll(readFile(folder_ / name), "{YEAR}", currentYear());
+            text = replaceAll(text, "{in}", input.string());
+            return replaceAll(text, "{dir}", (work / "run").string());
+        };
+        std::string expected = expectedText("stdout");
         int status = fs::exists(folder_ / "status") ? std::stoi(readFile(folder_ / "status")) : 0;
         EXPECT_EQ(status, result.status) << "exit status of " << folder_;
         EXPECT_TRUE(expected == result.output) << "standard output of " << folder_ << " differs (- expected, + actual):\n"
                                                << showDiff(expected, result.output, work);
+        if (fs::exists(folder_ / "stderr")) {
+            std::string errors = expectedText("stderr");
+            EXPECT_TRUE(errors == result.errors) << "standard error of " << folder_ << " differs (- expected, + actual):\n"
+                                                 << showDiff(errors, result.errors, work);
+        }
+        if (hasInput) {
+            EXPECT_TRUE(fs::exists(input) && readFile(input) == inputOctets) << folder_ << " changed its input";
+        }
         if (fs::exists(folder_ / "files")) {
             for (const auto& entry : fs::directory_iterator(folder_ / "files")) {
                 std::string name = entry.path().filename().string();

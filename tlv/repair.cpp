@@ -1,8 +1,11 @@
 #include "tlv/repair.h"
 
+#include <sys/stat.h>
+
 #include <cstdio>
 
 #include "app/input.h"
+#include "app/text_input.h"
 #include "app/signal.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
@@ -51,9 +54,11 @@ void writeRecords(RunContext* context, const char* name, const uint8_t* data, in
         return;
     }
     size_t written = length > 0 ? std::fwrite(data, 1, static_cast<size_t>(length), out) : 0;
+    struct stat status {};
+    const bool regular = fstat(fileno(out), &status) == 0 && S_ISREG(status.st_mode);
     if (std::fclose(out) != 0 || written != static_cast<size_t>(length > 0 ? length : 0)) {
         context->state->lastError = kWriteFailed;
-        std::remove(name);  // nothing half-written stays behind
+        if (regular) std::remove(name);  // nothing half-written stays behind; a device stays
     }
 }
 
@@ -113,7 +118,7 @@ int repairEncoding(RunContext* context, const char* inputName, const char* outpu
         input = std::fopen(inputName, "rb");
         if (input == nullptr) return 45;
         buffer.length = kSpareOctets;
-        if (loadInput(context, input, 0, 0, buffer) != 0) return 46;
+        if (loadRepairInput(context, input, buffer) != 0) return 46;
         // The zero octets behind the input are a reserve for missing
         // end-of-contents, kept only when the first element is indefinite.
         if (contentLength(context, buffer.data, buffer.length) == LENGTH_INDEFINITE) {

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "runtime/services.h"
@@ -25,16 +28,57 @@ Loaded convert(RunContext* context, const std::string& text)
     return loaded;
 }
 
+// A stream that can't be positioned: the read end of a pipe that a thread
+// fills, then closes.
+class PipeInput {
+public:
+    explicit PipeInput(const std::string& contents)
+    {
+        int ends[2] = {-1, -1};
+        if (pipe(ends) != 0) return;
+        stream_ = fdopen(ends[0], "rb");
+        writer_ = std::thread([contents, end = ends[1]] {
+            for (size_t at = 0; at < contents.size();) {
+                ssize_t put = write(end, contents.data() + at, contents.size() - at);
+                if (put <= 0) break;
+                at += static_cast<size_t>(put);
+            }
+            close(end);
+        });
+    }
+    ~PipeInput()
+    {
+        // A load that stops early leaves octets in the pipe: read them out.
+        char rest[4096];
+        while (stream_ != nullptr && std::fread(rest, 1, sizeof rest, stream_) > 0) {
+        }
+        if (writer_.joinable()) writer_.join();
+        if (stream_ != nullptr) std::fclose(stream_);
+    }
+    PipeInput(const PipeInput&) = delete;
+    PipeInput& operator=(const PipeInput&) = delete;
+    std::FILE* get() const { return stream_; }
+
+private:
+    std::FILE* stream_ = nullptr;
+    std::thread writer_;
+};
+
 Loaded load(RunContext* context, const std::string& contents, bool text, uint32_t offset, uint32_t count,
-            int32_t spare = 0)
+            int32_t spare = 0, bool piped = false)
 {
-    std::FILE* file = std::tmpfile();
-    std::fwrite(contents.data(), 1, contents.size(), file);
+    std::FILE* file = piped ? nullptr : std::tmpfile();
+    PipeInput pipeInput(piped ? contents : std::string());
+    if (piped) {
+        file = pipeInput.get();
+    } else {
+        std::fwrite(contents.data(), 1, contents.size(), file);
+    }
     if (text) context->toolFlags |= TLV_TEXT_INPUT;
     InputBuffer buffer = {spare, nullptr};
     Loaded loaded{loadInput(context, file, offset, count, buffer), {}};
     context->toolFlags &= ~TLV_TEXT_INPUT;
-    std::fclose(file);
+    if (!piped) std::fclose(file);
     if (buffer.data != nullptr) loaded.octets.assign(buffer.data, buffer.data + buffer.length);
     releaseInput(context, buffer);
     return loaded;
@@ -87,15 +131,19 @@ struct LoadRow {
     std::vector<uint8_t> octets;
 };
 
+// Every row from a file, and from a pipe, which is read to its end
+// instead of positioned: the same octets and results.
 void checkRows(bool text, const std::vector<LoadRow>& rows)
 {
     TestContext run;
     for (const LoadRow& row : rows) {
-        Loaded loaded = load(run.get(), row.contents, text, row.offset, row.count, row.spare);
-        std::string shown = row.contents.substr(0, 20) + " +" + std::to_string(row.offset) + "," +
-                            std::to_string(row.count);
-        EXPECT_EQ(row.result, loaded.result) << shown;
-        EXPECT_EQ(row.octets, loaded.octets) << shown;
+        for (bool piped : {false, true}) {
+            Loaded loaded = load(run.get(), row.contents, text, row.offset, row.count, row.spare, piped);
+            std::string shown = row.contents.substr(0, 20) + " +" + std::to_string(row.offset) + "," +
+                                std::to_string(row.count) + (piped ? " from a pipe" : " from a file");
+            EXPECT_EQ(row.result, loaded.result) << shown;
+            EXPECT_EQ(row.octets, loaded.octets) << shown;
+        }
     }
     EXPECT_EQ("", run.output());  // loading reports nothing itself
 }
@@ -113,6 +161,26 @@ TEST(LoadInput, BinaryOffsetCountAndSpareOctets)
         // Spare octets stand behind the input, zero, and are counted in the length.
         {ten, 8, 0, 3, 0, {'8', '9', 0, 0, 0}},
         {ten, 0, 1, 2, 0, {'0', 0, 0}},
+    });
+}
+
+TEST(LoadInput, BinaryLargerThanTheReadsOfAPipe)
+{
+    // A pipe is read in chunks of 64 KiB, its skipped octets 4 KiB at a
+    // time: offsets and counts that fall inside and across them.
+    std::string octets;
+    for (int i = 0; i < 200000; ++i) octets += static_cast<char>(i % 251);
+    auto slice = [&octets](size_t from, size_t length, size_t zeros) {
+        std::vector<uint8_t> part(length + zeros, 0);
+        for (size_t i = 0; i < length; ++i) part[i] = static_cast<uint8_t>(octets[from + i]);
+        return part;
+    };
+    checkRows(false, {
+        {octets, 0, 0, 0, 0, slice(0, 200000, 0)},
+        {octets, 70001, 100000, 3, 0, slice(70001, 100000, 3)},
+        {octets, 4096, 65536, 0, 0, slice(4096, 65536, 0)},
+        {octets, 199999, 0, 16, 0, slice(199999, 1, 16)},
+        {octets, 200000, 0, 0, 47, {}},
     });
 }
 

@@ -108,6 +108,38 @@ TEST(OptionLoop, NamesAndRanges)
     EXPECT_EQ(0u, noCount.state.count);
 }
 
+TEST(OptionLoop, ExtensionsKeepEveryAbbreviationOfTheListing)
+{
+    const struct {
+        std::vector<std::string> args;
+        int index;  // 0: the loop went through
+        InputForm form;
+        uint32_t padByteSpec;
+    } rows[] = {
+        {{"-pe", "in"}, 0, InputForm::Pem, 0},
+        {{"-PEM", "in"}, 0, InputForm::Pem, 0},
+        {{"-ba", "in"}, 0, InputForm::Base64, 0},
+        {{"-Base64", "in"}, 0, InputForm::Base64, 0},
+        // The rows of the listing's options come first.
+        {{"-b", "in"}, 0, InputForm::Binary, 0},
+        {{"-bi", "in"}, 0, InputForm::Binary, 0},
+        {{"-t", "in"}, 0, InputForm::Text, 0},
+        {{"-p", "1", "in"}, 0, InputForm::Binary, 2},
+        {{"-pa", "1", "in"}, 0, InputForm::Binary, 2},
+        {{"-pem"}, 5, InputForm::Pem, 0},
+        {{"-pems", "in"}, 7, InputForm::Binary, 0},
+        {{"-base64", "a", "b"}, 8, InputForm::Base64, 0},
+        {{"-pem", "a", "-t", "b"}, 8, InputForm::Text, 0},
+    };
+    for (const auto& row : rows) {
+        Parsed parsed = parse(row.args);
+        std::string shown = row.args[0];
+        EXPECT_EQ(row.index, parsed.exitIndex) << shown << ": " << parsed.printed;
+        EXPECT_EQ(row.form, parsed.state.form) << shown;
+        EXPECT_EQ(row.padByteSpec, parsed.padByteSpec) << shown;
+    }
+}
+
 TEST(OptionLoop, RefusedCommandLines)
 {
     const std::string usageStart = "\n\nUsage:  qortlv [-b|-t] <input>";
