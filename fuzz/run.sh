@@ -14,9 +14,14 @@ for hex in $(find tests/golden -name input.hex); do
   printf "$(printf '%s' "$digits" | sed 's/\(..\)/\\x\1/g')" > "$corpus/seeds/$name"
 done
 cp examples/*.ber examples/*.der "$corpus/seeds/" 2>/dev/null || true
-for target in run decode text repair; do
+# The names reader also starts from the list of built-in names.
+mkdir -p "$corpus/oid-seeds"
+cp oids/oids.txt "$corpus/oid-seeds/"
+for target in run decode text repair oids; do
   mkdir -p "$corpus/$target"
+  extra=()
+  [ "$target" = oids ] && extra=("$corpus/oid-seeds")
   echo "fuzzing $target for ${SECONDS_EACH}s"
   "$BUILD/fuzz_$target" -max_total_time="$SECONDS_EACH" -timeout=10 -rss_limit_mb=2048 -max_len=65536 \
-    -print_final_stats=1 "$corpus/$target" "$corpus/seeds" 2>&1 | tail -n 12
+    -print_final_stats=1 "$corpus/$target" "$corpus/seeds" "${extra[@]}" 2>&1 | tail -n 12
 done
