@@ -8,9 +8,9 @@
 //   OID = 06 09 2A 86 48 86 F7 0D 01 01 0B
 //   Comment = ...
 //   Description = sha256WithRSAEncryption (1 2 840 113549 1 1 11)
-//     a block of the configuration format of an older BER dumper: the OID as
-//     the hexadecimal octets of its whole TLV (tag 06, a definite length, the
-//     contents), then fields up to the next OID line. Description gives the
+//     the block format of OID configuration files: the OID as the
+//     hexadecimal octets of its whole TLV (tag 06, a definite length, the
+//     contents), then fields up to the next OID line or dotted line. Description gives the
 //     name, without a trailing group of arcs in parentheses; Comment and
 //     Warning are accepted and ignored.
 // A line whose first non-blank character is "#" is a comment; blank lines

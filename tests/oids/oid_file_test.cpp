@@ -68,7 +68,7 @@ TEST(OidFile, BlocksGiveTheOidAsATlvAndTheNameAsDescription)
         "1.2.3.4 mixed in\n"
         "OID = 06 81 03 55 04 03\r\n"
         "Description = common name\r\n";
-    ASSERT_EQ(0, loadOidText(text, "dumper.cfg", names, error)) << error.text();
+    ASSERT_EQ(0, loadOidText(text, "blocks.cfg", names, error)) << error.text();
     EXPECT_EQ("orgName", nameOf(names, kOrganization));
     EXPECT_EQ("private (as IANA assigns)", nameOf(names, kPrivateArc));
     EXPECT_EQ("mixed in", nameOf(names, kExample));
