@@ -18,9 +18,14 @@ for text in $(find tests/golden -name input.txt -o -name stdin-pipe); do
   # a leading octet for fuzz_textforms: 1 reads the text as PEM, 0 as base64
   printf '\001' | cat - "$text" > "$corpus/seeds/$(echo "$text" | tr '/' '_')"
 done
-for target in run decode text repair textforms; do
+# The names reader also starts from the list of built-in names.
+mkdir -p "$corpus/oid-seeds"
+cp oids/oids.txt "$corpus/oid-seeds/"
+for target in run decode text repair textforms oids; do
   mkdir -p "$corpus/$target"
+  extra=()
+  [ "$target" = oids ] && extra=("$corpus/oid-seeds")
   echo "fuzzing $target for ${SECONDS_EACH}s"
   "$BUILD/fuzz_$target" -max_total_time="$SECONDS_EACH" -timeout=10 -rss_limit_mb=2048 -max_len=65536 \
-    -print_final_stats=1 "$corpus/$target" "$corpus/seeds" 2>&1 | tail -n 12
+    -print_final_stats=1 "$corpus/$target" "$corpus/seeds" "${extra[@]}" 2>&1 | tail -n 12
 done
