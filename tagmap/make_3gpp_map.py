@@ -171,8 +171,10 @@ def read_records(path):
             node = root
             for step in where.split("/") if where else []:
                 node = node.children.setdefault(step_text(step), Node())
-            node.field = "-" if field == "(element)" else field
-            if where == "" :
+            # A record is named by its CHOICE identifier, an element of a
+            # SEQUENCE OF by its type.
+            node.field = field
+            if where == "":
                 node.field = RECORD_NAMES[record]
             elif field == "(element)":
                 node.field = asn1
@@ -244,7 +246,7 @@ def main():
     names = choose_types(records)
     out = sys.stdout
     out.write(HEADER)
-    used_values = sorted({node_form.split("@")[1] for node_form in VALUES_USED(records)})
+    used_values = sorted({form.split("@")[1] for form in enumerated_forms(records)})
     out.write("\n# Value lists\n")
     for name in used_values:
         out.write("values %s %s\n" % (name, VALUES[name]))
@@ -252,9 +254,8 @@ def main():
     record_rows = []
     for record, root in records.items():
         used = []
-        rows = [(step_text(""), root.field, "")]
         rows = []
-        top = "[%s]" % _record_tag(sys.argv[1], record)
+        top = "[%s]" % record_tag(sys.argv[1], record)
         rows.append((top, root.field, ""))
         lines_of(root, top + "/", names, rows, used)
         record_rows.append((record, rows))
@@ -292,7 +293,7 @@ def _node_of(step, field, form, children):
 _TAGS = {}
 
 
-def _record_tag(path, record):
+def record_tag(path, record):
     if not _TAGS:
         with open(path, encoding="utf-8") as table:
             next(table)
@@ -303,7 +304,7 @@ def _record_tag(path, record):
     return _TAGS[record]
 
 
-def VALUES_USED(records):
+def enumerated_forms(records):
     forms = set()
 
     def visit(node):
