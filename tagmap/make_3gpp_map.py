@@ -139,6 +139,7 @@ class Node:
         self.field = "-"
         self.asn1 = ""
         self.form = ""
+        self.tag = ""
         self.children = collections.OrderedDict()
         self.signature = None
 
@@ -166,7 +167,7 @@ def read_records(path):
     with open(path, encoding="utf-8") as table:
         next(table)
         for line in table:
-            record, where, _tag, field, asn1, form = line.rstrip("\n").split("\t")
+            record, where, tag, field, asn1, form = line.rstrip("\n").split("\t")
             root = records.setdefault(record, Node())
             node = root
             for step in where.split("/") if where else []:
@@ -176,6 +177,7 @@ def read_records(path):
             node.field = field
             if where == "":
                 node.field = RECORD_NAMES[record]
+                node.tag = "[%s]" % tag.split()[1]
             elif field == "(element)":
                 node.field = asn1
             node.asn1 = asn1
@@ -195,29 +197,31 @@ def type_name(asn1):
 
 
 def choose_types(records):
-    """Named types: structures of two lines or more that occur twice or more."""
+    """Named types: structures that occur twice or more, other than a bare
+    SEQUENCE OF; each with a name and the node that shows its fields."""
     uses = collections.defaultdict(list)
 
     def visit(node):
         for child in node.children.values():
             if child.children:
-                uses[signature(child)].append(child.asn1)
+                uses[signature(child)].append(child)
             visit(child)
 
     for root in records.values():
         visit(root)
-    names, taken = {}, set()
-    for sig, asn1s in uses.items():
+    names, shown, taken = {}, {}, set()
+    for sig, nodes in uses.items():
         wrapper = len(sig) == 1 and sig[0][0] == "*"
-        if len(asn1s) < 2 or wrapper:
+        if len(nodes) < 2 or wrapper:
             continue
-        base = type_name(collections.Counter(asn1s).most_common(1)[0][0])
+        base = type_name(collections.Counter(node.asn1 for node in nodes).most_common(1)[0][0])
         name, n = base, 2
         while name in taken:
             name, n = "%s-%d" % (base, n), n + 1
         taken.add(name)
         names[sig] = name
-    return names
+        shown[sig] = nodes[0]
+    return names, shown
 
 
 def lines_of(node, prefix, names, out, used):
@@ -243,7 +247,7 @@ def write(out, rows):
 
 def main():
     records = read_records(sys.argv[1])
-    names = choose_types(records)
+    names, shown = choose_types(records)
     out = sys.stdout
     out.write(HEADER)
     used_values = sorted({form.split("@")[1] for form in enumerated_forms(records)})
@@ -255,7 +259,7 @@ def main():
     for record, root in records.items():
         used = []
         rows = []
-        top = "[%s]" % record_tag(sys.argv[1], record)
+        top = root.tag
         rows.append((top, root.field, ""))
         lines_of(root, top + "/", names, rows, used)
         record_rows.append((record, rows))
@@ -267,9 +271,7 @@ def main():
             seen.add(sig)
             order.append(sig)
             body, inner = [], []
-            holder = Node()
-            holder.children = collections.OrderedDict((s, _node_of(s, f, fo, cs)) for s, f, fo, cs in sig)
-            lines_of(holder, "", names, body, inner)
+            lines_of(shown[sig], "", names, body, inner)
             bodies[sig] = body
             pending.extend(inner)
     out.write("\n# Types\n")
@@ -280,28 +282,6 @@ def main():
     for record, rows in record_rows:
         out.write("\n# %s\n" % record)
         write(out, rows)
-
-
-def _node_of(step, field, form, children):
-    node = Node()
-    node.field, node.form = field, form
-    node.children = collections.OrderedDict((s, _node_of(s, f, fo, cs)) for s, f, fo, cs in children)
-    node.signature = children
-    return node
-
-
-_TAGS = {}
-
-
-def record_tag(path, record):
-    if not _TAGS:
-        with open(path, encoding="utf-8") as table:
-            next(table)
-            for line in table:
-                cols = line.rstrip("\n").split("\t")
-                if cols[1] == "":
-                    _TAGS[cols[0]] = cols[2].split()[1]
-    return _TAGS[record]
 
 
 def enumerated_forms(records):
