@@ -1,5 +1,5 @@
 // Writes a synthetic CDR file of realistic shape for the benchmark:
-// concatenated packet-data, voice and SMS records of 40 to 120 elements
+// concatenated PGW and SGW records (3GPP TS 32.298) of 40 to 120 elements
 // each, reproducible from a seed, up to a target size.
 //
 //   gen_cdr --variant definite|headers|indefinite --mb N [--seed S] --out FILE
@@ -79,7 +79,6 @@ void constructed(Octets& out, uint8_t tagClass, uint32_t number, const Octets& c
 }
 
 constexpr uint8_t kUniversal = 0x00;
-constexpr uint8_t kApplication = 0x40;
 constexpr uint8_t kContext = 0x80;
 
 Octets integerOctets(int64_t value)
@@ -92,40 +91,53 @@ Octets integerOctets(int64_t value)
 }
 
 
+// PGW and SGW records of 3GPP TS 32.298 (GPRSRecord alternatives [79] and
+// [78]) with the tags and value layouts of the real ones: TBCD IMSI and
+// IMEI, MSISDN behind its nature/plan octet, BCD time stamps, IPv4 GSN
+// addresses, PLMN identities, and SEQUENCE OF containers for the traffic
+// volumes and the service data.
 class RecordMaker {
 public:
     explicit RecordMaker(uint32_t seed) : random_(seed) {}
 
-    Octets record()
-    {
-        switch (pick(0, 9)) {
-            case 0: case 1: return smsRecord();
-            case 2: case 3: case 4: return voiceRecord();
-            default: return packetRecord();
-        }
-    }
+    Octets record() { return pick(0, 9) < 7 ? pgwRecord() : sgwRecord(); }
 
 private:
     std::mt19937 random_;
 
     int pick(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
+    uint8_t octet(int low, int high) { return static_cast<uint8_t>(pick(low, high)); }
 
-    Octets tbcd(int digits)
+    // Digits in TBCD order: the earlier digit in the low nibble, F filling
+    // the last high nibble of an odd count.
+    Octets tbcd(const char* prefix, int digits)
     {
         Octets out;
+        int value[20];
+        int count = 0;
+        for (; prefix[count] != '\0'; ++count) value[count] = prefix[count] - '0';
+        for (; count < digits; ++count) value[count] = pick(0, 9);
         for (int i = 0; i < digits; i += 2) {
-            int low = pick(0, 9);
-            int high = i + 1 < digits ? pick(0, 9) : 0xF;
-            out.push_back(static_cast<uint8_t>(high << 4 | low));
+            int high = i + 1 < digits ? value[i + 1] : 0xF;
+            out.push_back(static_cast<uint8_t>(high << 4 | value[i]));
         }
         return out;
     }
 
+    // An international E.164 MSISDN: octet 0x91, then the digits.
+    Octets msisdn()
+    {
+        Octets out{0x91};
+        append(out, tbcd("49171", pick(11, 13)));
+        return out;
+    }
+
+    // YYMMDDhhmmss, sign, hhmm: plain BCD, tens in the high nibble.
     Octets timeStamp()
     {
         auto bcd = [](int v) { return static_cast<uint8_t>((v / 10) << 4 | (v % 10)); };
-        return {bcd(25), bcd(pick(1, 12)), bcd(pick(1, 28)), bcd(pick(0, 23)), bcd(pick(0, 59)), bcd(pick(0, 59)),
-                '+', bcd(pick(0, 2)), bcd(0)};
+        return {bcd(26), bcd(pick(1, 12)), bcd(pick(1, 28)), bcd(pick(0, 23)), bcd(pick(0, 59)), bcd(pick(0, 59)),
+                static_cast<uint8_t>(pick(0, 3) == 0 ? '-' : '+'), bcd(pick(0, 2)), bcd(pick(0, 1) * 30)};
     }
 
     Octets text(const char* stem)
@@ -135,89 +147,143 @@ private:
         return Octets(name.begin(), name.end());
     }
 
-    Octets ipAddress()
+    // A GSNAddress: the iPBinV4Address alternative [0] inside the field's
+    // explicit tag.
+    void gsnAddress(Octets& body, uint32_t field)
     {
         Octets inner;
-        primitive(inner, kContext, 0, {10, static_cast<uint8_t>(pick(0, 255)), static_cast<uint8_t>(pick(0, 255)),
-                                       static_cast<uint8_t>(pick(1, 254))});
-        Octets out;
-        constructed(out, kContext, static_cast<uint32_t>(pick(4, 40)), inner);
-        return out;
+        primitive(inner, kContext, 0, {10, octet(0, 255), octet(0, 255), octet(1, 254)});
+        constructed(body, kContext, field, inner);
     }
 
-    void commonFields(Octets& body)
+    // MCC 262 with MNC 01, 02 or 03.
+    Octets plmnId() { return {0x62, 0xF2, static_cast<uint8_t>(pick(1, 3) << 4)}; }
+
+    // The fields PGW and SGW records share, in tag order up to [32].
+    void commonFields(Octets& body, int recordType)
     {
-        primitive(body, kContext, 0, integerOctets(pick(0, 90)));       // record type
-        primitive(body, kContext, 3, tbcd(15));                          // IMSI
-        primitive(body, kContext, 31, tbcd(16));                         // IMEI, a high tag
-        primitive(body, kContext, 13, timeStamp());                      // opening time
-        primitive(body, kContext, 14, integerOctets(pick(0, 86400)));    // duration
-        primitive(body, kUniversal, 1, {static_cast<uint8_t>(pick(0, 1) ? 0xFF : 0x00)});
-        primitive(body, kUniversal, 5, {});
-        primitive(body, kUniversal, 10, integerOctets(pick(0, 5)));      // ENUMERATED
-        primitive(body, kUniversal, 22, text("NODE-"));                  // IA5String
-        primitive(body, kUniversal, 6, {0x2B, 0x06, 0x01, 0x04, 0x01, 0x82, 0x37, static_cast<uint8_t>(pick(1, 9))});
-        append(body, ipAddress());
+        primitive(body, kContext, 0, integerOctets(recordType));             // recordType
+        primitive(body, kContext, 3, tbcd("26201", 15));                     // servedIMSI
+        gsnAddress(body, 4);                                                 // p-GWAddress / s-GWAddress
+        primitive(body, kContext, 5, integerOctets(pick(1, 0x7FFFFFFF)));    // chargingID
+        Octets nodes;                                                        // servingNodeAddress
+        for (int i = pick(1, 2); i > 0; --i) primitive(nodes, kContext, 0, {10, 20, octet(0, 255), octet(1, 254)});
+        constructed(body, kContext, 6, nodes);
+        static const char* const kApns[] = {"internet", "ims", "iot.example"};
+        const char* apn = kApns[pick(0, 2)];
+        primitive(body, kContext, 7, Octets(apn, apn + std::strlen(apn)));   // accessPointNameNI
+        primitive(body, kContext, 8, {0xF1, 0x21});                          // pdpPDNType: IETF IPv4
+        Octets address;                                                      // servedPDPPDNAddress
+        Octets v4;
+        primitive(v4, kContext, 0, {100, octet(64, 127), octet(0, 255), octet(1, 254)});
+        constructed(address, kContext, 0, v4);
+        constructed(body, kContext, 9, address);
+        primitive(body, kContext, 11, {0xFF});                               // dynamicAddressFlag
+        append(body, trafficVolumes(pick(1, recordType == 85 ? 6 : 12)));    // listOfTrafficVolumes
+        primitive(body, kContext, 13, timeStamp());                          // recordOpeningTime
+        primitive(body, kContext, 14, integerOctets(pick(0, 86400)));        // duration
+        static const uint8_t kCauses[] = {0, 4, 16, 17, 18, 19, 22};
+        primitive(body, kContext, 15, {kCauses[pick(0, 6)]});                // causeForRecClosing
+        primitive(body, kContext, 17, integerOctets(pick(1, 500)));          // recordSequenceNumber
+        primitive(body, kContext, 18, text("PGW-FRA-"));                     // nodeID
+        primitive(body, kContext, 20, integerOctets(pick(1, 1 << 30)));      // localSequenceNumber
+        primitive(body, kContext, 21, {octet(0, 2)});                        // apnSelectionMode
+        primitive(body, kContext, 22, msisdn());                             // servedMSISDN
+        primitive(body, kContext, 23, {0x08, 0x00});                         // chargingCharacteristics
+        primitive(body, kContext, 24, {octet(0, 6)});                        // chChSelectionMode
+        primitive(body, kContext, 27, plmnId());                             // servingNodePLMNIdentifier
+        primitive(body, kContext, 29, tbcd("35693803", 16));                 // servedIMEI
+        primitive(body, kContext, 30, {6});                                  // rATType: EUTRAN
+        primitive(body, kContext, 31, {0x40, 0x00});                         // mSTimeZone, a high tag
+        primitive(body, kContext, 32, {0x18, 0x62, 0xF2, 0x10, octet(0, 255), octet(0, 255), 0x62, 0xF2, 0x10,
+                                       0x01, octet(0, 255), octet(0, 255), octet(0, 255)});  // userLocationInformation
     }
 
-    Octets volumes(int count)
+    Octets trafficVolumes(int count)
     {
         Octets list;
         for (int i = 0; i < count; ++i) {
             Octets container;
-            primitive(container, kContext, 3, integerOctets(pick(0, 1 << 30)));  // uplink
-            primitive(container, kContext, 4, integerOctets(pick(0, 1 << 30)));  // downlink
-            primitive(container, kContext, 5, {static_cast<uint8_t>(pick(0, 3))});
-            primitive(container, kContext, 6, timeStamp());
-            Octets one;
-            constructed(one, kUniversal, 16, container);
-            append(list, one);
+            primitive(container, kContext, 3, integerOctets(pick(0, 1 << 30)));  // dataVolumeGPRSUplink
+            primitive(container, kContext, 4, integerOctets(pick(0, 1 << 30)));  // dataVolumeGPRSDownlink
+            primitive(container, kContext, 5, {octet(0, 12)});                    // changeCondition
+            primitive(container, kContext, 6, timeStamp());                       // changeTime
+            primitive(container, kContext, 15, {6});                              // rATType
+            constructed(list, kUniversal, 16, container);
         }
         Octets out;
         constructed(out, kContext, 12, list);
         return out;
     }
 
-    Octets packetRecord()
+    Octets serviceData(int count)
     {
-        Octets body;
-        commonFields(body);
-        primitive(body, kContext, 7, text("internet.apn"));
-        primitive(body, kContext, 5, integerOctets(pick(0, 1 << 24)));  // charging ID
-        Octets list = volumes(pick(6, 24));
-        append(body, list);
-        for (int i = 0; i < pick(4, 12); ++i) primitive(body, kContext, static_cast<uint32_t>(pick(32, 200)), tbcd(10));
+        Octets list;
+        for (int i = 0; i < count; ++i) {
+            Octets container;
+            primitive(container, kContext, 1, integerOctets(pick(1, 9999)));       // ratingGroup
+            primitive(container, kContext, 4, integerOctets(i + 1));               // localSequenceNumber
+            primitive(container, kContext, 5, timeStamp());                       // timeOfFirstUsage
+            primitive(container, kContext, 6, timeStamp());                       // timeOfLastUsage
+            primitive(container, kContext, 7, integerOctets(pick(0, 3600)));       // timeUsage
+            primitive(container, kContext, 8, {0x07, 0x00, 0x00, 0x01, 0x00});    // serviceConditionChange
+            primitive(container, kContext, 12, integerOctets(pick(0, 1 << 28)));   // datavolumeFBCUplink
+            primitive(container, kContext, 13, integerOctets(pick(0, 1 << 30)));   // datavolumeFBCDownlink
+            constructed(list, kUniversal, 16, container);
+        }
         Octets out;
-        constructed(out, kApplication, 78, body);  // [APPLICATION 78]
+        constructed(out, kContext, 34, list);
         return out;
     }
 
-    Octets voiceRecord()
+    // recordExtensions [19]: a ManagementExtension with its OID, the
+    // significance BOOLEAN and an OCTET STRING as information.
+    Octets recordExtensions()
     {
-        Octets body;
-        commonFields(body);
-        for (int i = 0; i < pick(20, 60); ++i) {
-            switch (pick(0, 3)) {
-                case 0: primitive(body, kContext, static_cast<uint32_t>(pick(32, 120)), tbcd(12)); break;
-                case 1: primitive(body, kContext, static_cast<uint32_t>(pick(32, 120)), integerOctets(pick(-500, 500000))); break;
-                case 2: primitive(body, kContext, static_cast<uint32_t>(pick(32, 120)), timeStamp()); break;
-                default: append(body, ipAddress()); break;
-            }
-        }
+        Octets extension;
+        primitive(extension, kUniversal, 6, {0x2B, 0x06, 0x01, 0x04, 0x01, 0x82, 0x37, octet(1, 9)});
+        primitive(extension, kContext, 1, {0x00});
+        Octets information;
+        primitive(information, kUniversal, 4, {octet(0, 255), octet(0, 255), octet(0, 255), octet(0, 255)});
+        constructed(extension, kContext, 2, information);
+        Octets list;
+        constructed(list, kUniversal, 16, extension);
         Octets out;
-        constructed(out, kApplication, 1, body);
+        constructed(out, kContext, 19, list);
         return out;
     }
 
-    Octets smsRecord()
+    void tailFields(Octets& body)
+    {
+        Octets types;  // servingNodeType: gTPSGW
+        primitive(types, kUniversal, 10, {2});
+        constructed(body, kContext, 35, types);
+        primitive(body, kContext, 37, plmnId());                             // p-GWPLMNIdentifier
+        primitive(body, kContext, 38, timeStamp());                          // startTime
+        primitive(body, kContext, 39, timeStamp());                          // stopTime
+    }
+
+    Octets pgwRecord()
     {
         Octets body;
-        commonFields(body);
-        for (int i = 0; i < pick(20, 40); ++i) {
-            primitive(body, kContext, static_cast<uint32_t>(pick(32, 90)), pick(0, 1) ? tbcd(12) : text("SMSC-"));
-        }
+        commonFields(body, 85);
+        if (pick(0, 2) == 0) append(body, recordExtensions());
+        append(body, serviceData(pick(0, 4)));                               // listOfServiceData
+        tailFields(body);
         Octets out;
-        constructed(out, kApplication, 6, body);
+        constructed(out, kContext, 79, body);  // pGWRecord [79]
+        return out;
+    }
+
+    Octets sgwRecord()
+    {
+        Octets body;
+        commonFields(body, 84);
+        primitive(body, kContext, 34, {0x00});                               // sGWChange
+        tailFields(body);
+        gsnAddress(body, 36);                                                // p-GWAddressUsed
+        Octets out;
+        constructed(out, kContext, 78, body);  // sGWRecord [78]
         return out;
     }
 };

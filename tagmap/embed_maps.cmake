@@ -1,0 +1,21 @@
+# Writes OUTPUT, a C++ file holding each map file of MAPS as an array of
+# octets named by the file's stem, and the table bundled_map.cpp looks in.
+#   cmake -DOUTPUT=file.cpp -DMAPS="a.tags;b.tags" -P embed_maps.cmake
+set(body "// Generated from the bundled tag maps by tagmap/embed_maps.cmake; do not edit.\n")
+string(APPEND body "#include \"tagmap/bundled_map.h\"\n\nnamespace {\n")
+set(entries "")
+set(index 0)
+foreach(map IN LISTS MAPS)
+  get_filename_component(stem ${map} NAME_WE)
+  file(READ ${map} octets HEX)
+  string(LENGTH "${octets}" hexLength)
+  math(EXPR size "${hexLength} / 2")
+  string(REGEX REPLACE "([0-9a-f][0-9a-f])" "0x\\1," octets "${octets}")
+  string(REGEX REPLACE "((0x..,){24})" "\\1\n" octets "${octets}")
+  string(APPEND body "constexpr unsigned char kMap${index}[${size} + 1] = {\n${octets}0};\n")
+  string(APPEND entries "    {\"${stem}\", {kMap${index}, ${size}}},\n")
+  math(EXPR index "${index} + 1")
+endforeach()
+string(APPEND body "}  // namespace\n\nconst BundledMap kBundledMaps[] = {\n${entries}};\n")
+string(APPEND body "const size_t kBundledMapCount = ${index};\n")
+file(WRITE ${OUTPUT} "${body}")

@@ -1,0 +1,43 @@
+// The value forms of a tag map: each writes the text of an element's
+// contents into the caller's buffer, without a heap block, and returns false
+// when the octets do not fit the form (a bad digit, a wrong length) or the
+// text does not fit the buffer; the caller then shows the octets in
+// hexadecimal with a note.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "tagmap/tag_map.h"
+
+using Octets = std::span<const uint8_t>;
+
+// Room enough for the text of `count` octets in any form, an enumerated
+// value's name included (the parser refuses longer names).
+constexpr size_t kLongestValueName = 64;
+constexpr size_t valueTextBound(size_t count) { return 4 * count + kLongestValueName + 8; }
+
+// Where a form writes: `length` characters at `text`, no terminator.
+struct ValueText {
+    char* text;
+    size_t capacity;
+    size_t length;
+};
+
+bool hexText(Octets octets, ValueText& out);
+bool integerText(Octets octets, ValueText& out);
+bool textText(Octets octets, ValueText& out);
+bool tbcdText(Octets octets, ValueText& out);
+bool isdnText(Octets octets, ValueText& out);
+bool bcdTimestampText(Octets octets, ValueText& out);
+bool ipv4Text(Octets octets, ValueText& out);
+bool ipv6Text(Octets octets, ValueText& out);
+bool plmnIdText(Octets octets, ValueText& out);
+bool enumeratedText(Octets octets, const TagMap& map, const TagNode& node, ValueText& out);
+
+// The node's form applied to the octets; false also for ValueForm::None.
+bool valueText(const TagMap& map, const TagNode& node, Octets octets, ValueText& out);
+
+// The short name of a form as maps write it ("tbcd"), for notes.
+const char* valueFormName(ValueForm form);

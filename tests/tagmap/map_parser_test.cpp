@@ -1,0 +1,216 @@
+#include "tagmap/map_parser.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <initializer_list>
+#include <string>
+
+namespace {
+
+struct Step {
+    int tagClass;
+    uint32_t number;
+};
+
+constexpr int U = kClassUniversal;
+constexpr int A = kClassApplication;
+constexpr int C = kClassContext;
+constexpr int P = kClassPrivate;
+
+// The node at the end of a path of element tags, or null.
+const TagNode* at(const TagMap& map, std::initializer_list<Step> path)
+{
+    const TagNode* node = map.root();
+    for (const Step& step : path) node = map.child(node, step.tagClass, step.number);
+    return node;
+}
+
+TagMap parsed(std::string_view text)
+{
+    TagMap map;
+    std::string error;
+    EXPECT_TRUE(parseTagMap(text, "t.tags", map, error)) << error;
+    return map;
+}
+
+TEST(TagMapParser, TheThreeLinesOfAPgwMapResolve)
+{
+    const TagMap map = parsed(
+        "[79]             pGWRecord\n"
+        "[79]/[3]         servedIMSI          tbcd\n"
+        "[79]/[12]/*/[1]  dataVolumeGPRSUplink integer\n");
+    const TagNode* record = at(map, {{C, 79}});
+    ASSERT_NE(record, nullptr);
+    EXPECT_EQ(record->field, "pGWRecord");
+    EXPECT_EQ(record->form, ValueForm::None);
+    const TagNode* imsi = at(map, {{C, 79}, {C, 3}});
+    ASSERT_NE(imsi, nullptr);
+    EXPECT_EQ(imsi->field, "servedIMSI");
+    EXPECT_EQ(imsi->form, ValueForm::Tbcd);
+    // Every element of the SEQUENCE OF, whatever its tag, is the `*` entry.
+    for (Step element : {Step{U, 16}, Step{C, 0}, Step{P, 7}}) {
+        const TagNode* volume = at(map, {{C, 79}, {C, 12}, element, {C, 1}});
+        ASSERT_NE(volume, nullptr);
+        EXPECT_EQ(volume->field, "dataVolumeGPRSUplink");
+        EXPECT_EQ(volume->form, ValueForm::Integer);
+    }
+    EXPECT_EQ(at(map, {{C, 79}, {C, 12}})->field, "");  // a step on the way names nothing
+    EXPECT_EQ(at(map, {{C, 79}, {C, 4}}), nullptr);
+    EXPECT_EQ(at(map, {{A, 79}}), nullptr);              // the class counts
+    EXPECT_EQ(at(map, {{C, 78}, {C, 3}}), nullptr);
+    EXPECT_EQ(at(map, {{C, 79}, {C, 3}, {C, 3}}), nullptr);
+    EXPECT_EQ(at(map, {{C, 79}, {C, 12}, {U, 16}, {C, 2}}), nullptr);
+    EXPECT_EQ(map.child(nullptr, C, 79), nullptr);
+}
+
+TEST(TagMapParser, TagsAreWrittenAsTheListingNamesThem)
+{
+    const TagMap map = parsed(
+        "[APPLICATION 3]           a\n"
+        "[PRIVATE   2]/SEQUENCE    b\n"
+        "[UNIVERSAL 17]/[0]        c\n"
+        "SET/OCTET_STRING          d  hex\n"
+        "[UNIVERSAL 16]/INTEGER    e  integer # a comment\n"
+        "SEQUENCE/OBJECT_IDENTIFIER f\n"
+        "[1073741823]              g\n");
+    EXPECT_EQ(at(map, {{A, 3}})->field, "a");
+    EXPECT_EQ(at(map, {{P, 2}, {U, 16}})->field, "b");
+    EXPECT_EQ(at(map, {{U, 17}, {C, 0}})->field, "c");
+    EXPECT_EQ(at(map, {{U, 17}, {U, 4}})->field, "d");
+    EXPECT_EQ(at(map, {{U, 16}, {U, 2}})->field, "e");
+    EXPECT_EQ(at(map, {{U, 16}, {U, 6}})->field, "f");
+    EXPECT_EQ(at(map, {{C, 1073741823}})->field, "g");
+    EXPECT_EQ(at(map, {{C, 3}}), nullptr);
+    EXPECT_EQ(map.child(map.root(), C, 0xFFFFFFFFu), nullptr);
+}
+
+TEST(TagMapParser, AFieldOfANamedTypeSharesTheTypesFields)
+{
+    const TagMap map = parsed(
+        "[79]/[4]  p-GWAddress         @GSNAddress\n"
+        "[79]/[6]  servingNodeAddress  @GSNAddress\n"
+        "[79]/[9]  servedPDPPDNAddress @PDPAddress\n"
+        "type GSNAddress\n"
+        "  [0]     iPBinV4Address      ipv4\n"
+        "  [4]/[UNIVERSAL 4] iPBinV6Address ipv6\n"
+        "end\n"
+        "type PDPAddress\n"
+        "  [0]     iPAddress           @GSNAddress\n"
+        "end\n");
+    const TagNode* v4 = at(map, {{C, 79}, {C, 4}, {C, 0}});
+    ASSERT_NE(v4, nullptr);
+    EXPECT_EQ(v4->field, "iPBinV4Address");
+    EXPECT_EQ(v4->form, ValueForm::Ipv4);
+    EXPECT_EQ(at(map, {{C, 79}, {C, 6}, {C, 0}}), v4);
+    EXPECT_EQ(at(map, {{C, 79}, {C, 9}, {C, 0}, {C, 0}}), v4);
+    EXPECT_EQ(at(map, {{C, 79}, {C, 9}, {C, 0}, {C, 4}, {U, 4}})->form, ValueForm::Ipv6);
+    EXPECT_EQ(at(map, {{C, 79}, {C, 4}})->field, "p-GWAddress");
+    EXPECT_EQ(at(map, {{C, 0}}), nullptr);  // a type's fields are not records
+}
+
+TEST(TagMapParser, ATypeMayContainItselfAndTheLookupFollowsAnyDepth)
+{
+    const TagMap map = parsed(
+        "type Related\n"
+        "  [1]     related  @Related\n"
+        "  [2]     leaf     integer\n"
+        "  [3]/*   list     @Related\n"
+        "end\n"
+        "[5]       top      @Related\n");
+    const TagNode* node = at(map, {{C, 5}});
+    for (int depth = 0; depth < 1000; ++depth) node = map.child(node, C, 1);
+    ASSERT_NE(node, nullptr);
+    EXPECT_EQ(node->field, "related");
+    EXPECT_EQ(map.child(node, C, 2)->field, "leaf");
+    EXPECT_EQ(at(map, {{C, 5}, {C, 3}, {U, 16}, {C, 3}, {U, 16}, {C, 1}, {C, 2}})->field, "leaf");
+    EXPECT_EQ(at(map, {{C, 5}, {C, 3}, {U, 16}})->field, "list");
+}
+
+TEST(TagMapParser, EnumeratedNamesComeInlineOrFromAValueList)
+{
+    const TagMap map = parsed(
+        "values Cause 0=normalRelease 4=abnormalRelease\n"
+        "values Cause 16=volumeLimit\n"
+        "[79]/[15]  causeForRecClosing  enumerated @Cause\n"
+        "[78]/[15]  causeForRecClosing  enumerated @Cause\n"
+        "[79]/[21]  apnSelectionMode    enumerated 2=networkProvided 0=verified\n"
+        "[79]/[11]  dynamicAddressFlag  enumerated\n"
+        "[79]/[0]   -                   integer\n");
+    const TagNode& cause = *at(map, {{C, 79}, {C, 15}});
+    EXPECT_EQ(map.valueName(cause, 4), "abnormalRelease");
+    EXPECT_EQ(map.valueName(cause, 16), "volumeLimit");
+    EXPECT_EQ(map.valueName(cause, 5), "");
+    EXPECT_EQ(map.valueName(*at(map, {{C, 78}, {C, 15}}), 0), "normalRelease");
+    const TagNode& mode = *at(map, {{C, 79}, {C, 21}});
+    EXPECT_EQ(map.valueName(mode, 0), "verified");
+    EXPECT_EQ(map.valueName(mode, 2), "networkProvided");
+    EXPECT_EQ(map.valueName(*at(map, {{C, 79}, {C, 11}}), 0), "");
+    EXPECT_EQ(at(map, {{C, 79}, {C, 0}})->field, "");  // `-`: no name
+}
+
+TEST(TagMapParser, AMalformedLineIsReportedWithItsFileAndLine)
+{
+    const struct {
+        const char* text;
+        const char* message;
+    } rows[] = {
+        {"[79]/[3x] f\n", "t.tags: line 1: unknown tag '[3x]' in path '[79]/[3x]'"},
+        {"# a map\n\n[79]//[3] f\n", "t.tags: line 3: empty step in path '[79]//[3]'"},
+        {"[79] f\n[UNIVERSAL] g\n", "t.tags: line 2: unknown tag '[UNIVERSAL]' in path '[UNIVERSAL]'"},
+        {"OCTET STRING f\n", "t.tags: line 1: unknown tag 'OCTET' in path 'OCTET'"},
+        {"[1073741824] f\n", "t.tags: line 1: unknown tag '[1073741824]' in path '[1073741824]'"},
+        {"[79]\n", "t.tags: line 1: path '[79]' has no field name"},
+        {"[79] f tbdc\n", "t.tags: line 1: unknown value form 'tbdc'"},
+        {"[79] f tbcd extra\n", "t.tags: line 1: unexpected 'extra' after 'tbcd'"},
+        {"[79] f @T integer\n", "t.tags: line 1: unexpected 'integer' after '@T'"},
+        {"[79] f enumerated 0normal\n", "t.tags: line 1: expected value=name, not '0normal'"},
+        {"[79] f enumerated 0=\n", "t.tags: line 1: expected value=name, not '0='"},
+        {"[79] f enumerated x=a\n", "t.tags: line 1: expected value=name, not 'x=a'"},
+        {"[79] f enumerated 0=a 1=b 0=c\n", "t.tags: line 1: value 0 is named twice"},
+        {"values L 1=a\nvalues L 1=b\n", "t.tags: line 2: value 1 of L is named twice"},
+        {"values L\n", "t.tags: line 1: 'values' takes a name and value=name items"},
+        {"[79] f\n[79] g\n", "t.tags: line 2: this path is already named on line 1"},
+        {"[79] f @T\n", "t.tags: line 1: unknown type T"},
+        {"[79] f enumerated @L\n", "t.tags: line 1: unknown value list L"},
+        {"type\n", "t.tags: line 1: 'type' takes one name"},
+        {"type T\n[1] a\ntype U\n", "t.tags: line 3: type U begins inside type T; close it with 'end' first"},
+        {"[79] f\nend\n", "t.tags: line 2: 'end' without a type to close"},
+        {"type T\n[1] a\nend now\n", "t.tags: line 3: 'end' takes nothing after it"},
+        {"[79] f\ntype T\n[1] a\n", "t.tags: line 2: type T is not closed with 'end'"},
+        {"type T\nend\n", "t.tags: line 2: type T has no fields"},
+        {"type T\n[1] a\nend\ntype T\n", "t.tags: line 4: type T is already defined on line 1"},
+        {"type T\n[1] a\nend\n[79] r @T\n[79]/[2] b\n",
+         "t.tags: line 5: the path passes through a field of type T (line 4); write its fields in the type"},
+        {"[79]/[2] b\n[79] r @T\ntype T\n[1] a\nend\n",
+         "t.tags: line 2: a field of type T cannot also have fields of its own here; write them in the type"},
+        {"", "t.tags: the map names no fields"},
+        {"# only a comment\n", "t.tags: the map names no fields"},
+    };
+    for (const auto& row : rows) {
+        TagMap map;
+        std::string error;
+        EXPECT_FALSE(parseTagMap(row.text, "t.tags", map, error)) << row.text;
+        EXPECT_EQ(error, row.message);
+    }
+}
+
+TEST(TagMapParser, AFileKeepsItsTextAndAMissingFileIsAnError)
+{
+    const std::string path = ::testing::TempDir() + "qortlv-tagmap-test.tags";
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(file, nullptr);
+    std::fputs("[79]\tpGWRecord\r\n[79]/[3]\tservedIMSI\ttbcd\r\n", file);
+    std::fclose(file);
+    TagMap map;
+    std::string error;
+    ASSERT_TRUE(loadTagMapFile(path, map, error)) << error;
+    TagMap moved = std::move(map);
+    EXPECT_EQ(at(moved, {{C, 79}, {C, 3}})->field, "servedIMSI");
+    EXPECT_EQ(at(moved, {{C, 79}, {C, 3}})->form, ValueForm::Tbcd);
+    std::remove(path.c_str());
+    EXPECT_FALSE(loadTagMapFile(path, map, error));
+    EXPECT_EQ(error, path + ": No such file or directory");
+}
+
+}  // namespace
