@@ -12,6 +12,12 @@
 #include "tlv/hex_layout.h"
 #include "tlv/repair.h"
 
+// The driver signals a failed load with the load's own result.
+static_assert(LOAD_NO_MEMORY == kNoMemory && LOAD_READ_FAILED == kReadFailed && LOAD_BAD_OFFSET == kBadOffset &&
+              LOAD_SHORT_TEXT == kBadCount && LOAD_NOT_HEXADECIMAL == kNonHexadecimal);
+// A code and a driver message of one number end a run alike.
+static_assert(static_cast<int>(kInternalError1) == static_cast<int>(kNoMemory));
+
 namespace {
 
 // Opens and loads the input; returns the load's result code.
@@ -22,26 +28,26 @@ int openAndLoad(RunContext* context, DriverState& state)
         state.inputFile = std::fopen(state.inputName, state.binaryInput ? "rb" : "rt");
         stream = state.inputFile;
     }
-    if (stream == nullptr) return 45;
+    if (stream == nullptr) return kCannotOpen;
     state.buffer.length = 0;  // no spare octets
     return loadInput(context, stream, state.offset, state.count, state.buffer);
 }
 
-// Reports a failed load; 45 to 48 end the run, 49 comes back.
+// Reports a failed load; all but a non-hexadecimal text end the run.
 void reportLoadFailure(RunContext* context, const DriverState& state)
 {
     int result = state.result;
-    if (result == 49 && state.buffer.length >= 1) {
+    if (result == kNonHexadecimal && state.buffer.length >= 1) {
         // the octets read so far are printed into the output file too
     } else if (state.outputOpened) {
         closeOutputFile(context);  // the message belongs on the console
     }
-    if (result == 1) exitWithMessage(context, 1, nullptr);
+    if (result == kNoMemory) exitWithMessage(context, kInternalError1, nullptr);
     intptr_t text = 0;
     long number = 0;
-    if (result == 45 || result == 46 || result == 49) text = reinterpret_cast<intptr_t>(state.inputName);
-    if (result == 47) number = static_cast<long>(state.offset);
-    if (result == 48) number = static_cast<long>(state.count);
+    if (result == kCannotOpen || result == kReadFailed || result == kNonHexadecimal) text = reinterpret_cast<intptr_t>(state.inputName);
+    if (result == kBadOffset) number = static_cast<long>(state.offset);
+    if (result == kBadCount) number = static_cast<long>(state.count);
     signalError(context, result, text, number);
 }
 
@@ -93,10 +99,10 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
         context->toolFlags |= TLV_TRACE_FIXUPS;
         context->padByteSpec = 0;
         if (parseArguments(context, state, argc, argv) == OptionsOutcome::Run) {
-            if (state.inputName == nullptr) exitWithMessage(context, 4, nullptr);
+            if (state.inputName == nullptr) exitWithMessage(context, kNoInputName, nullptr);
             if (state.outputName != nullptr) {
                 if (openOutputFile(context, state.outputName) != 0) {
-                    exitWithMessage(context, 11, state.outputName);
+                    exitWithMessage(context, kOutputOpenFailed, state.outputName);
                 }
                 state.outputOpened = true;
             }
@@ -112,7 +118,8 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
         // A later jump goes straight to the return: nothing catches it here.
         context->jumpTarget = false;
         releaseRun(context, state);
-        if (jump.value >= 1 && jump.value <= 3) qorPrint(context, "\n%s", driverMessage(jump.value));
+        // A failure of the program itself is told as "Internal error #<code>.".
+        if (toolRow(jump.value).internalError) qorPrint(context, "\n%s", driverMessage(jump.value));
         qorPrint(context, "\n\n");
         context->toolFlags = savedFlags;
         qorFlush(context);
