@@ -45,7 +45,9 @@ void reportLoadFailure(RunContext* context, const DriverState& state)
     if (result == kNoMemory) exitWithMessage(context, kInternalError1, nullptr);
     intptr_t text = 0;
     long number = 0;
-    if (result == kCannotOpen || result == kReadFailed || result == kNonHexadecimal) text = reinterpret_cast<intptr_t>(state.inputName);
+    if (result == kCannotOpen || result == kReadFailed || result == kNonHexadecimal) {
+        text = reinterpret_cast<intptr_t>(state.inputName);
+    }
     if (result == kBadOffset) number = static_cast<long>(state.offset);
     if (result == kBadCount) number = static_cast<long>(state.count);
     signalError(context, result, text, number);

@@ -404,7 +404,8 @@ uint32_t decodeText(DecodeCall& call, int32_t length, int32_t& eocPending, bool 
     uint32_t unusedBits = 0;
     uint32_t consumed = readStringBody(call, chain, unusedBits, length, eocPending, constructed);
     uint32_t size = 0;
-    char* text = type.kind == KIND_TIME_TEXT ? storeTimeText(context, type, chain, size) : storeText(context, chain, size);
+    char* text = type.kind == KIND_TIME_TEXT ? storeTimeText(context, type, chain, size)
+                                             : storeText(context, chain, size);
     *static_cast<char**>(call.value) = text;
     if (std::memchr(text, '\0', size) != nullptr) reportError(context, RT_EMBEDDED_NUL);
     if (type.stringCode == 12 && size > 0 && checkUtf8(reinterpret_cast<const uint8_t*>(text), size) == 0) {
