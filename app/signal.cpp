@@ -11,15 +11,15 @@ namespace {
 // Whether the message hook hears of a code of this row now.
 bool isHeard(const RunContext* context, const ToolMessage& row)
 {
-    return row.hearing == Hearing::Always ||
-           (row.hearing == Hearing::UnlessQuiet && (context->toolFlags & TLV_QUIET_ERRORS) == 0);
+    return row.hearing == SignalHearing::Always ||
+           (row.hearing == SignalHearing::UnlessQuiet && (context->toolFlags & TLV_QUIET_ERRORS) == 0);
 }
 
 // Whether a code of this row ends the run now.
 bool endsRun(const RunContext* context, const ToolMessage& row)
 {
-    return row.ending == Ending::Yes ||
-           (row.ending == Ending::UnlessProbing && (context->state->stateFlags & STATE_PROBING) == 0);
+    return row.ending == SignalEnding::Yes ||
+           (row.ending == SignalEnding::UnlessProbing && (context->state->stateFlags & STATE_PROBING) == 0);
 }
 
 // The catalog texts are formats chosen at run time.
@@ -61,19 +61,19 @@ void printRecordTail(RunContext* context, intptr_t first, long second)
 void printArguments(RunContext* context, const ToolMessage& row, const char* text, intptr_t first, long second)
 {
     switch (row.arguments) {
-        case Arguments::RecordTail:
+        case SignalArguments::RecordTail:
             printCatalogText(context, text);
             printRecordTail(context, first, second);
             return;
-        case Arguments::LengthAndRest:
+        case SignalArguments::LengthAndRest:
             printCatalogText(context, text, static_cast<long>(first), static_cast<unsigned>(first), second,
                              static_cast<unsigned>(second), second);
             return;
-        case Arguments::HeaderAndRest:
+        case SignalArguments::HeaderAndRest:
             printCatalogText(context, text, static_cast<long>(first), static_cast<unsigned>(first), second,
                              static_cast<unsigned>(second));
             return;
-        case Arguments::Text:
+        case SignalArguments::Text:
             break;
     }
     const auto* argument = reinterpret_cast<const char*>(first);

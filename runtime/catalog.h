@@ -24,11 +24,11 @@ enum ToolCode : int32_t {
 };
 
 // Whether the message hook hears of a code.
-enum class Hearing : uint8_t { Always, UnlessQuiet, Never };
+enum class SignalHearing : uint8_t { Always, UnlessQuiet, Never };
 // Whether a code ends the run (by a jump to the driver or the repair).
-enum class Ending : uint8_t { No, Yes, UnlessProbing };
+enum class SignalEnding : uint8_t { No, Yes, UnlessProbing };
 // What `first` and `second` of a signal with a pointer or a length carry.
-enum class Arguments : uint8_t {
+enum class SignalArguments : uint8_t {
     Text,           // `first` a text, `second` its length or 0
     RecordTail,     // `first` the place of a premature end, `second` the octets left
     LengthAndRest,  // the length, the octets left (shown as the length used too)
@@ -39,11 +39,11 @@ struct ToolMessage {
     int32_t code;
     const char* withParameters = nullptr;  // null: a code without a text
     const char* withoutParameters = nullptr;
-    Hearing hearing = Hearing::Always;
-    Ending ending = Ending::No;
+    SignalHearing hearing = SignalHearing::Always;
+    SignalEnding ending = SignalEnding::No;
     bool lineFeedInFront = false;
     bool lineFeedBehind = true;  // without it, the next output goes on in the same line
-    Arguments arguments = Arguments::Text;
+    SignalArguments arguments = SignalArguments::Text;
     bool internalError = false;  // the driver says "Internal error #<code>." when it ends a run
 };
 
