@@ -74,6 +74,7 @@ const char* timeNotation(uint16_t stringCode)
 }
 
 constexpr uint32_t kLongestTimeDigits = 14;  // of DATE-TIME
+constexpr size_t kUsualTimeText = 32;         // "YYYYMMDDHHMMSS.fff+hhmm" and room to spare
 
 }  // namespace
 
@@ -157,10 +158,13 @@ uint32_t decodeTimeRecord(DecodeCall& call, int32_t length, int32_t& eocPending,
     const TimeKind kind = call.type->kind == KIND_UTC_TIME ? TimeKind::Utc : TimeKind::Generalized;
     auto& record = *static_cast<TimeRecord*>(call.value);
     uint16_t used = 0;
-    // The text with a final NUL, in a scratch block of the decode: a
-    // fraction may have any number of digits.
+    // The text with a final NUL: on the stack at the length a time usually
+    // has, else in a scratch block of the decode, since a fraction may have
+    // any number of digits.
     const auto size = static_cast<uint32_t>(chain.dataOctets);
-    auto* text = static_cast<char*>(context->services->svcAllocScratch(context, size + 1));  // cleared
+    char usual[kUsualTimeText] = {};
+    char* text = size < sizeof usual ? usual
+                                     : static_cast<char*>(context->services->svcAllocScratch(context, size + 1));
     drainChain(context, chain, reinterpret_cast<uint8_t*>(text));
     int bad = parseTime(text, kind, record, used);
     int32_t rangeEntry = 0;
