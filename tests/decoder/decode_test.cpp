@@ -283,6 +283,7 @@ TEST_F(DecodeTest, TimesAndTheirRefusals)
         {"2016022612.5Z", 12, 30, 0, 0},
         {"20160226.5Z", 12, 0, 0, 0},
         {"201602261230.25Z", 12, 30, 15, 0},
+        {"20160226123045.123456789012345678901234567890Z", 12, 30, 45, 123},  // longer than the usual text
     };
     for (const auto& row : fractions) {
         ASSERT_EQ(0, decode(22, element({0x18}, row.text))) << row.text;
