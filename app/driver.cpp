@@ -15,9 +15,13 @@
 #include "tlv/hex_layout.h"
 #include "tlv/repair.h"
 
-namespace {
+// The driver signals a failed load with the load's own result.
+static_assert(LOAD_NO_MEMORY == kNoMemory && LOAD_READ_FAILED == kReadFailed && LOAD_BAD_OFFSET == kBadOffset &&
+              LOAD_SHORT_TEXT == kBadCount && LOAD_NOT_HEXADECIMAL == kNonHexadecimal);
+// A code and a driver message of one number end a run alike.
+static_assert(static_cast<int>(kInternalError1) == static_cast<int>(kNoMemory));
 
-constexpr int kWriteFailed = 72;
+namespace {
 
 std::FILE* openInput(DriverState& state)
 {
@@ -30,7 +34,7 @@ std::FILE* openInput(DriverState& state)
 int openAndLoad(RunContext* context, DriverState& state)
 {
     std::FILE* stream = openInput(state);
-    if (stream == nullptr) return 45;
+    if (stream == nullptr) return kCannotOpen;
     if (state.form == InputForm::Pem || state.form == InputForm::Base64) {
         return loadDecodedInput(context, stream, state.form, 0, state.decoded);
     }
@@ -65,7 +69,7 @@ void refuseOutputOverInput(RunContext* context, const DriverState& state)
 {
     if (state.presetInput != nullptr) return;
     for (const char* name : {state.outputName, state.repairName}) {
-        if (name != nullptr && sameFile(state.inputName, name)) exitWithMessage(context, 11, name);
+        if (name != nullptr && sameFile(state.inputName, name)) exitWithMessage(context, kOutputOpenFailed, name);
     }
 }
 
@@ -73,21 +77,23 @@ void refuseOutputOverInput(RunContext* context, const DriverState& state)
 void reportLoadFailure(RunContext* context, DriverState& state)
 {
     int result = state.result;
-    if (result == 49 && state.buffer.length >= 1) {
+    if (result == kNonHexadecimal && state.buffer.length >= 1) {
         // the octets read so far are printed into the output file too
     } else if (!closeListingFile(context, state)) {  // the message belongs on the console
         jumpToTarget(context, kWriteFailed);
     }
-    if (result == 1) exitWithMessage(context, 1, nullptr);
+    if (result == kNoMemory) exitWithMessage(context, kInternalError1, nullptr);
     if (result == LOAD_TEXT_FORM_FAULT) {
         printTextFormFault(context, state.form, state.inputName, state.decoded.fault);
         jumpToTarget(context, result);
     }
     intptr_t text = 0;
     long number = 0;
-    if (result == 45 || result == 46 || result == 49) text = reinterpret_cast<intptr_t>(state.inputName);
-    if (result == 47) number = static_cast<long>(state.offset);
-    if (result == 48) number = static_cast<long>(state.count);
+    if (result == kCannotOpen || result == kReadFailed || result == kNonHexadecimal) {
+        text = reinterpret_cast<intptr_t>(state.inputName);
+    }
+    if (result == kBadOffset) number = static_cast<long>(state.offset);
+    if (result == kBadCount) number = static_cast<long>(state.count);
     signalError(context, result, text, number);
 }
 
@@ -175,11 +181,11 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
         context->toolFlags |= TLV_TRACE_FIXUPS;
         context->padByteSpec = 0;
         if (parseArguments(context, state, argc, argv) == OptionsOutcome::Run) {
-            if (state.inputName == nullptr) exitWithMessage(context, 4, nullptr);
+            if (state.inputName == nullptr) exitWithMessage(context, kNoInputName, nullptr);
             refuseOutputOverInput(context, state);
             if (state.outputName != nullptr) {
                 if (openOutputFile(context, state.outputName) != 0) {
-                    exitWithMessage(context, 11, state.outputName);
+                    exitWithMessage(context, kOutputOpenFailed, state.outputName);
                 }
                 state.outputOpened = true;
             }
@@ -198,7 +204,8 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
         // A later jump goes straight to the return: nothing catches it here.
         context->jumpTarget = false;
         const int value = releaseRun(context, state) ? jump.value : kWriteFailed;
-        if (value >= 1 && value <= 3) qorPrint(context, "\n%s", driverMessage(value));
+        // A failure of the program itself is told as "Internal error #<code>.".
+        if (toolRow(value).internalError) qorPrint(context, "\n%s", driverMessage(value));
         qorPrint(context, "\n\n");
         context->toolFlags = savedFlags;
         qorFlush(context);

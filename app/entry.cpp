@@ -51,7 +51,7 @@ int runEntryOnBuffer(int argc, char** argv, const uint8_t* data, size_t size, Ou
 {
     // A stream over the octets; an empty buffer is an empty file.
     std::FILE* input = size > 0 ? fmemopen(const_cast<uint8_t*>(data), size, "rb") : std::tmpfile();
-    if (input == nullptr) return 1;
+    if (input == nullptr) return kNoMemory;  // no stream over the octets
     int result = runEntryOn(argc, argv, input, console);
     std::fclose(input);
     return result;

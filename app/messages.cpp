@@ -7,31 +7,44 @@
 
 namespace {
 
-constexpr const char* kDriverMessages[] = {
-    nullptr,
-    "Internal error #1.",
-    "Internal error #2.",
-    "Internal error #3.",
-    "Missing mandatory input file name.",
-    "Input file name is missing.",
-    "Output file name is missing.",
-    "Unidentified input parameter, %s.",
-    "Too many input file names.",
-    "Error reading, stdin.",
-    "Too many output file names.",
-    "Error opening output file, %s.",
-    "Invalid offset into input file, %s.",
-    "Invalid number of bytes to be read from input file, %s.",
-    "The -pad option requires a mandatory parameter <byte>.",
-    "Invalid pad byte, %s.",
+struct DriverRow {
+    const char* text;
+    bool withUsage;  // a fault of the input name: the usage text follows
 };
-constexpr int kLastIndex = 15;
+
+// Indexed by DriverMessage.
+constexpr DriverRow kDriverMessages[] = {
+    {nullptr, false},
+    {"Internal error #1.", false},
+    {"Internal error #2.", false},
+    {"Internal error #3.", false},
+    {"Missing mandatory input file name.", true},
+    {"Input file name is missing.", true},
+    {"Output file name is missing.", true},
+    {"Unidentified input parameter, %s.", true},
+    {"Too many input file names.", true},
+    {"Error reading, stdin.", false},
+    {"Too many output file names.", false},
+    {"Error opening output file, %s.", false},
+    {"Invalid offset into input file, %s.", false},
+    {"Invalid number of bytes to be read from input file, %s.", false},
+    {"The -pad option requires a mandatory parameter <byte>.", false},
+    {"Invalid pad byte, %s.", false},
+};
+constexpr int kLastIndex = kBadPadByte;
+static_assert(sizeof kDriverMessages / sizeof kDriverMessages[0] == kLastIndex + 1);
+
+const DriverRow* driverRow(int index)
+{
+    return index >= 1 && index <= kLastIndex ? &kDriverMessages[index] : nullptr;
+}
 
 }  // namespace
 
 const char* driverMessage(int index)
 {
-    return index >= 1 && index <= kLastIndex ? kDriverMessages[index] : nullptr;
+    const DriverRow* row = driverRow(index);
+    return row != nullptr ? row->text : nullptr;
 }
 
 void printUsage(RunContext* context)
@@ -49,15 +62,9 @@ void printUsage(RunContext* context)
 #pragma GCC diagnostic ignored "-Wformat-security"
 void exitWithMessage(RunContext* context, int index, const char* text)
 {
-    const char* message = driverMessage(index);
-    if (message != nullptr) {
-        if (text != nullptr) {
-            qorPrint(context, message, text);
-        } else {
-            qorPrint(context, message, "");
-        }
-    }
-    if (index >= 4 && index <= 8) {
+    const DriverRow* row = driverRow(index);
+    if (row != nullptr) qorPrint(context, row->text, text != nullptr ? text : "");
+    if (row != nullptr && row->withUsage) {
         qorPrint(context, "\n\n");
         printUsage(context);
     }

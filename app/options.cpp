@@ -95,9 +95,9 @@ int16_t lookUp(const char* argument)
 // The "-" option: the input's name is one line of standard input.
 void readNameFromStdin(RunContext* context, DriverState& state)
 {
-    if (state.inputName != nullptr) exitWithMessage(context, 8, nullptr);
+    if (state.inputName != nullptr) exitWithMessage(context, kTooManyInputNames, nullptr);
     if (std::fgets(state.nameFromStdin, sizeof state.nameFromStdin, stdin) == nullptr) {
-        exitWithMessage(context, 9, nullptr);
+        exitWithMessage(context, kStdinReadFailed, nullptr);
     }
     size_t length = std::strlen(state.nameFromStdin);
     if (length > 0 && state.nameFromStdin[length - 1] == '\n') state.nameFromStdin[length - 1] = '\0';
@@ -107,10 +107,10 @@ void readNameFromStdin(RunContext* context, DriverState& state)
 // -binary and -text: the next argument is the input's name.
 int takeInputName(RunContext* context, DriverState& state, int argc, char** argv, int at)
 {
-    if (state.inputName != nullptr) exitWithMessage(context, 8, nullptr);
-    if (at + 1 >= argc) exitWithMessage(context, 5, nullptr);
+    if (state.inputName != nullptr) exitWithMessage(context, kTooManyInputNames, nullptr);
+    if (at + 1 >= argc) exitWithMessage(context, kInputNameMissing, nullptr);
     const char* next = argv[at + 1];
-    if (next[0] == '-' && next[1] != '\0') exitWithMessage(context, 5, nullptr);
+    if (next[0] == '-' && next[1] != '\0') exitWithMessage(context, kInputNameMissing, nullptr);
     if (std::strcmp(next, "-") == 0) {
         readNameFromStdin(context, state);
     } else {
@@ -122,8 +122,8 @@ int takeInputName(RunContext* context, DriverState& state, int argc, char** argv
 // -output and -zfixencoding: the next argument is a file's name.
 int takeFileName(RunContext* context, const char*& name, int argc, char** argv, int at)
 {
-    if (name != nullptr) exitWithMessage(context, 10, nullptr);
-    if (at + 1 >= argc || argv[at + 1][0] == '-') exitWithMessage(context, 6, nullptr);
+    if (name != nullptr) exitWithMessage(context, kTooManyOutputNames, nullptr);
+    if (at + 1 >= argc || argv[at + 1][0] == '-') exitWithMessage(context, kOutputNameMissing, nullptr);
     name = argv[at + 1];
     return at + 1;
 }
@@ -132,12 +132,12 @@ int takeFileName(RunContext* context, const char*& name, int argc, char** argv, 
 // else decimal, behind optional white space and a sign.
 int takePadByte(RunContext* context, int argc, char** argv, int at)
 {
-    if (at + 1 >= argc || argv[at + 1][0] == '-') exitWithMessage(context, 14, nullptr);
+    if (at + 1 >= argc || argv[at + 1][0] == '-') exitWithMessage(context, kPadByteMissing, nullptr);
     const char* text = argv[at + 1];
     char* end = nullptr;
     errno = 0;
     long value = std::strtol(text, &end, 0);
-    if (*end != '\0' || errno != 0 || value > 255) exitWithMessage(context, 15, text);
+    if (*end != '\0' || errno != 0 || value > 255) exitWithMessage(context, kBadPadByte, text);
     context->padByteSpec = static_cast<uint32_t>(value) + 1;
     return at + 1;
 }
@@ -146,13 +146,13 @@ int takePadByte(RunContext* context, int argc, char** argv, int at)
 void takeRange(RunContext* context, DriverState& state, const char* argument)
 {
     const char* range = argument + 1;
-    if (*range == '\0') exitWithMessage(context, 12, argument);
+    if (*range == '\0') exitWithMessage(context, kBadOffsetText, argument);
     const char* comma = std::strchr(range, ',');
-    if (comma != nullptr && comma[1] == '\0') exitWithMessage(context, 13, argument);
-    if (comma == range) exitWithMessage(context, 12, range);
+    if (comma != nullptr && comma[1] == '\0') exitWithMessage(context, kBadCountText, argument);
+    if (comma == range) exitWithMessage(context, kBadOffsetText, range);
     size_t digits = comma != nullptr ? static_cast<size_t>(comma - range) : std::strlen(range);
-    state.offset = parseDecimal(range, digits, context, 12);
-    if (comma != nullptr) state.count = parseDecimal(comma + 1, std::strlen(comma + 1), context, 13);
+    state.offset = parseDecimal(range, digits, context, kBadOffsetText);
+    if (comma != nullptr) state.count = parseDecimal(comma + 1, std::strlen(comma + 1), context, kBadCountText);
 }
 
 }  // namespace
@@ -181,7 +181,7 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
             continue;
         }
         if (argument[0] != '-') {
-            if (state.inputName != nullptr) exitWithMessage(context, 8, nullptr);
+            if (state.inputName != nullptr) exitWithMessage(context, kTooManyInputNames, nullptr);
             state.inputName = argument;
             continue;
         }
@@ -242,7 +242,7 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
                 printHelp(context);
                 return OptionsOutcome::Finished;
             default:
-                exitWithMessage(context, 7, argument);
+                exitWithMessage(context, kUnknownParameter, argument);
         }
     }
     return OptionsOutcome::Run;

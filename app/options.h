@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "app/messages.h"
+
 struct RunContext;
 struct DriverState;
 
@@ -14,8 +16,9 @@ enum class OptionsOutcome { Run, Finished };
 // option bits of toolFlags. Finished: usage or help was printed.
 OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc, char** argv);
 
-// Prints the driver message of `index` (with `text` for its %s), the usage
-// text behind indexes 4 to 8, and ends the run with `index` as its value.
+// Prints the driver message of `index` (a DriverMessage, with `text` for its
+// %s), the usage text behind the faults of the input name, and ends the run
+// with `index` as its value.
 [[noreturn]] void exitWithMessage(RunContext* context, int index, const char* text);
 
 void printUsage(RunContext* context);

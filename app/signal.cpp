@@ -2,52 +2,24 @@
 
 #include <cstring>
 
-#include "runtime/catalog.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "tlv/record_span.h"
 
 namespace {
 
-enum class ErrorClass { Silent, PrematureEnd, FatalInput, Quietable, Always };
-
-ErrorClass classOf(int code)
+// Whether the message hook hears of a code of this row now.
+bool isHeard(const RunContext* context, const ToolMessage& row)
 {
-    switch (code) {
-        case 1: case 2: case 3: case 95:
-            return ErrorClass::Silent;
-        case 17:
-            return ErrorClass::PrematureEnd;
-        case 45: case 46: case 47: case 48:
-            return ErrorClass::FatalInput;
-        case 18: case 19: case 21: case 35: case 36: case 37: case 38: case 73: case 74:
-            return ErrorClass::Quietable;
-        default:
-            return ErrorClass::Always;
-    }
+    return row.hearing == SignalHearing::Always ||
+           (row.hearing == SignalHearing::UnlessQuiet && (context->toolFlags & TLV_QUIET_ERRORS) == 0);
 }
 
-bool isFatal(const RunContext* context, ErrorClass errorClass)
+// Whether a code of this row ends the run now.
+bool endsRun(const RunContext* context, const ToolMessage& row)
 {
-    switch (errorClass) {
-        case ErrorClass::Silent:
-        case ErrorClass::FatalInput:
-            return true;
-        case ErrorClass::PrematureEnd:
-            return (context->state->stateFlags & STATE_PROBING) == 0;
-        default:
-            return false;
-    }
-}
-
-bool opensWithLineFeed(int code)
-{
-    switch (code) {
-        case 17: case 18: case 19: case 35: case 36: case 37: case 38: case 73:
-            return true;
-        default:
-            return false;
-    }
+    return row.ending == SignalEnding::Yes ||
+           (row.ending == SignalEnding::UnlessProbing && (context->state->stateFlags & STATE_PROBING) == 0);
 }
 
 // The catalog texts are formats chosen at run time.
@@ -85,6 +57,33 @@ void printRecordTail(RunContext* context, intptr_t first, long second)
     if (shown < count) qorWrite(context, "...", 3);
 }
 
+// The text of a signal with a pointer or a length, in the form of its row.
+void printArguments(RunContext* context, const ToolMessage& row, const char* text, intptr_t first, long second)
+{
+    switch (row.arguments) {
+        case SignalArguments::RecordTail:
+            printCatalogText(context, text);
+            printRecordTail(context, first, second);
+            return;
+        case SignalArguments::LengthAndRest:
+            printCatalogText(context, text, static_cast<long>(first), static_cast<unsigned>(first), second,
+                             static_cast<unsigned>(second), second);
+            return;
+        case SignalArguments::HeaderAndRest:
+            printCatalogText(context, text, static_cast<long>(first), static_cast<unsigned>(first), second,
+                             static_cast<unsigned>(second));
+            return;
+        case SignalArguments::Text:
+            break;
+    }
+    const auto* argument = reinterpret_cast<const char*>(first);
+    size_t length = second != 0 ? static_cast<size_t>(second) : std::strlen(argument);
+    std::string shortened;
+    if (length > 30) shortened = "\n";  // a long value stands on a line of its own
+    shortenForMessage(shortened, argument, length);
+    printCatalogText(context, text, shortened.c_str());
+}
+
 // The position and length of the nearest line end, tab or comment start.
 bool findBreak(const char* text, size_t from, size_t length, size_t& at)
 {
@@ -119,17 +118,15 @@ void jumpToTarget(RunContext*, int value)
 int signalError(RunContext* context, int code, intptr_t first, long second)
 {
     context->state->lastError = code;
-    ErrorClass errorClass = classOf(code);
-    bool quieted = errorClass != ErrorClass::Always && (context->toolFlags & TLV_QUIET_ERRORS) != 0;
-    if (errorClass != ErrorClass::Silent && !quieted) {
+    const ToolMessage& row = toolRow(code);
+    if (isHeard(context, row)) {
         bool silentRepair = (context->toolFlags & TLV_FIX_ENCODING) != 0 &&
                             (context->toolFlags & TLV_TRACE_FIXUPS) == 0;
         if (!silentRepair && context->errorHook != nullptr) {
             context->errorHook(context, code, first, second);
         }
     }
-    if (isFatal(context, errorClass) && (context->toolFlags & TLV_TOOL_RUN) != 0 &&
-        context->jumpTarget) {
+    if (endsRun(context, row) && (context->toolFlags & TLV_TOOL_RUN) != 0 && context->jumpTarget) {
         jumpToTarget(context, code);
     }
     return code;
@@ -137,10 +134,11 @@ int signalError(RunContext* context, int code, intptr_t first, long second)
 
 int printToolError(RunContext* context, int code, intptr_t first, long second)
 {
-    const char* text = toolMessage(code, first != 0 || second != 0);
+    const ToolMessage& row = toolRow(code);
+    const char* text = first != 0 || second != 0 ? row.withParameters : row.withoutParameters;
     if (text == nullptr) return code;
     if ((context->toolFlags & TLV_TOOL_RUN) != 0) text += TOOL_PREFIX_LENGTH;
-    if (opensWithLineFeed(code)) qorWrite(context, "\n", 1);
+    if (row.lineFeedInFront) qorWrite(context, "\n", 1);
 
     if (first == 0) {
         if (second != 0) {
@@ -148,24 +146,10 @@ int printToolError(RunContext* context, int code, intptr_t first, long second)
         } else {
             printCatalogText(context, text);
         }
-    } else if (code == 17) {
-        printCatalogText(context, text);
-        printRecordTail(context, first, second);
-    } else if (code == 35) {
-        printCatalogText(context, text, static_cast<long>(first), static_cast<unsigned>(first),
-                         second, static_cast<unsigned>(second), second);
-    } else if (code == 38) {
-        printCatalogText(context, text, static_cast<long>(first), static_cast<unsigned>(first),
-                         second, static_cast<unsigned>(second));
     } else {
-        const auto* argument = reinterpret_cast<const char*>(first);
-        size_t length = second != 0 ? static_cast<size_t>(second) : std::strlen(argument);
-        std::string shortened;
-        if (length > 30) shortened = "\n";
-        shortenForMessage(shortened, argument, length);
-        printCatalogText(context, text, shortened.c_str());
+        printArguments(context, row, text, first, second);
     }
-    if (code != 36 && code != 37 && code != 73) qorWrite(context, "\n", 1);
+    if (row.lineFeedBehind) qorWrite(context, "\n", 1);
     return code;
 }
 

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "runtime/catalog.h"  // the codes by name
+
 struct RunContext;
 
 // Reports a fault by its code and the run's flags; returns the code unless

@@ -1,7 +1,6 @@
 #include "decoder/ber_decode.h"
 
 #include <cstring>
-#include <exception>
 #include <new>
 
 #include "decoder/control_table.h"
@@ -18,8 +17,10 @@ namespace {
 constexpr uint32_t DECODER_CALLER_BUFFER = 0x10;  // the value goes into the caller's block
 constexpr uint32_t DECODER_NO_CONSTRAINTS = 0x800;
 
-// What 0056S carries for an exception that no routine of the decoder raises.
-constexpr int64_t kForeignExceptionCode = 5;
+// A failure while a failed decode gives back what it took ends the call
+// with this result, or with the second one when that was the first result.
+constexpr int32_t kCleanUpFailed = 18;
+constexpr int32_t kCleanUpFailedKept = 19;
 
 DecodeState& decodeOf(RunContext* context)
 {
@@ -98,14 +99,14 @@ struct DecodeProgress {
     bool valueComplete = false;  // the constraint pass failed, not the decode
 };
 
-// A failure that didn't come through reportError: a routine's own heap use
-// ran out, or something unforeseen. It is recorded as reportError would.
-void recordForeignFailure(RunContext* context, int32_t entry, ErrorArgument argument)
+// A memory failure that didn't come through reportError, recorded as
+// reportError would record it.
+void recordOutOfMemory(RunContext* context)
 {
     DecodeState& decode = decodeOf(context);
     char* target = decode.errorTextPtr != nullptr ? decode.errorTextPtr : context->errorText;
-    buildErrorText(context, target, sizeof context->errorText, entry, decode.currentPdu, argument);
-    if (decode.runtimeResult == 0) decode.runtimeResult = runtimeMessage(entry).resultCode;
+    buildErrorText(context, target, sizeof context->errorText, RT_OUT_OF_MEMORY, decode.currentPdu, {});
+    if (decode.runtimeResult == 0) decode.runtimeResult = runtimeMessage(RT_OUT_OF_MEMORY).resultCode;
 }
 
 // The failure path: everything the decode took is given back, and the
@@ -128,7 +129,7 @@ int32_t failurePath(RunContext* context, int pdu, void** value, DecodeProgress& 
         uint32_t left = services->svcCloseInput(context, &progress.input, decode.inputOffset);
         decode.consumedOctets = static_cast<int32_t>(progress.length - left);
     } catch (const DecodeFailure&) {
-        result = result == 19 ? 19 : 18;
+        result = result == kCleanUpFailedKept ? kCleanUpFailedKept : kCleanUpFailed;
     }
     // None of these raise, so the release is complete whatever happened
     // above.
@@ -205,11 +206,12 @@ int qorBerDecode(RunContext* context, int pdu, BerBuffer* buffer, void** value, 
     } catch (const DecodeFailure&) {
         return failurePath(context, pdu, value, progress, root);
     } catch (const std::bad_alloc&) {
-        // A routine's own working memory (a text being rebuilt) ran out.
-        recordForeignFailure(context, RT_OUT_OF_MEMORY, {});
-        return failurePath(context, pdu, value, progress, root);
-    } catch (const std::exception&) {
-        recordForeignFailure(context, RT_CANNOT_HAPPEN, kForeignExceptionCode);
+        // The decoder's own memory comes from the memory services, which
+        // refuse through reportError; but the memory functions of the
+        // context are the caller's, and one of them may throw instead of
+        // returning null. That is the same failure: 0008S. Any other
+        // exception is a defect and goes on to the caller.
+        recordOutOfMemory(context);
         return failurePath(context, pdu, value, progress, root);
     }
 }

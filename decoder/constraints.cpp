@@ -118,9 +118,9 @@ bool checkAlphabet(const TypeRecord& type, const uint8_t* text, uint32_t length,
 
 int checkIdentifier(const uint8_t* octets, uint32_t length)
 {
-    if (length == 0) return 5;
+    if (length == 0) return IDENTIFIER_UNFINISHED;
     // A subidentifier can't stop in the middle.
-    return (octets[length - 1] & 0x80) != 0 ? 5 : 0;
+    return (octets[length - 1] & 0x80) != 0 ? IDENTIFIER_UNFINISHED : 0;
 }
 
 void qorCheckConstraints(RunContext* context, int pdu, void* value, const ControlTable* table)

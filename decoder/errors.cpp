@@ -74,7 +74,7 @@ void appendArgument(TextWriter& text, uint32_t form, const ErrorArgument& argume
     const int64_t number = argument.number;
     const char* string = argument.text != nullptr ? argument.text : "";
     switch (form) {
-        case 1:
+        case FORM_FIELD:
             if (argument.text == nullptr) {
                 text.append("#%ld", static_cast<long>(number));
             } else if (std::strlen(string) >= 510) {
@@ -83,7 +83,7 @@ void appendArgument(TextWriter& text, uint32_t form, const ErrorArgument& argume
                 text.append("\"%s\"", string);
             }
             return;
-        case 2: {
+        case FORM_TAG_PAIR: {
             // A pair of tag words: the one read, and above it the one expected.
             auto read = static_cast<uint32_t>(number & 0xFFFF);
             auto expected = static_cast<uint32_t>((number >> 16) & 0xFFFF);
@@ -93,18 +93,18 @@ void appendArgument(TextWriter& text, uint32_t form, const ErrorArgument& argume
             }
             return;
         }
-        case 3: text.append("%lld", static_cast<long long>(number)); return;
-        case 4: text.append("%llu", static_cast<unsigned long long>(number)); return;
-        case 5: text.append("%f", static_cast<double>(number)); return;
-        case 6:
-        case 8:
+        case FORM_SIGNED: text.append("%lld", static_cast<long long>(number)); return;
+        case FORM_UNSIGNED: text.append("%llu", static_cast<unsigned long long>(number)); return;
+        case FORM_DOUBLE: text.append("%f", static_cast<double>(number)); return;
+        case FORM_QUOTED:
+        case FORM_QUOTED_TOO:
             if (std::strlen(string) >= 128) {
                 text.append("'%.40s...'", string);
             } else {
                 text.append("'%s'", string);
             }
             return;
-        case 7: {
+        case FORM_CHARACTER: {
             // A character of any width: printable ones as themselves, the
             // others as their four octets, most significant first.
             auto character = static_cast<uint32_t>(number);
@@ -116,7 +116,7 @@ void appendArgument(TextWriter& text, uint32_t form, const ErrorArgument& argume
             }
             return;
         }
-        case 9:
+        case FORM_BARE:
             if (std::strlen(string) >= 130) {
                 text.append("%.40s...", string);
             } else {
@@ -178,7 +178,7 @@ void reportError(RunContext* context, int32_t entry, ErrorArgument argument)
         capacity += kErrorTextSize;
         auto* larger = static_cast<char*>(context->stateAllocFn(capacity));
         if (larger == nullptr) {
-            code = 8;
+            code = runtimeMessage(RT_OUT_OF_MEMORY).resultCode;
             break;
         }
         context->stateFreeFn(state->longErrorText);

@@ -4,7 +4,6 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
-#include <vector>
 
 #include "decoder/control_table.h"
 #include "decoder/errors.h"
@@ -40,6 +39,25 @@ struct Findings {
             if (items[i].entry != 0) return items[i].entry;
         }
         return 0;
+    }
+};
+
+// The digits of a decimal REAL's mantissa from the first non-zero one on:
+// the first kKept of them, their count, and where the last non-zero one
+// stands. Digits beyond kKept only scale the value, so no copy of the
+// contents is kept, however long they are.
+struct Mantissa {
+    static constexpr uint32_t kKept = 20;
+    uint8_t kept[kKept] = {};
+    uint32_t count = 0;
+    uint32_t significant = 0;  // the count up to the last non-zero digit
+
+    void add(uint8_t digit)
+    {
+        if (count == 0 && digit == '0') return;
+        if (count < kKept) kept[count] = digit;
+        ++count;
+        if (digit != '0') significant = count;
     }
 };
 
@@ -231,14 +249,14 @@ void parseDecimalReal(double& result, const uint8_t* text, int32_t length, Findi
         digitSeen = true;
         ++at;
     }
-    std::vector<uint8_t> digits;
+    Mantissa mantissa;
     bool hasMark = false;
     int32_t behindMark = 0;
     while (at < length) {
         uint8_t c = text[at];
         if (c >= '0' && c <= '9') {
             digitSeen = true;
-            if (!digits.empty() || c != '0' || hasMark) digits.push_back(c);
+            mantissa.add(c);
             if (hasMark) ++behindMark;
             ++at;
         } else if ((c == '.' || c == ',') && !hasMark) {
@@ -271,27 +289,19 @@ void parseDecimalReal(double& result, const uint8_t* text, int32_t length, Findi
         findings.setFirst(RT_MISENCODED);
     }
     // Digits behind the mark that lead the mantissa scale it down too.
+    // Trailing zeros scale it up, unless an exponent without a mark keeps
+    // the digits as written.
     int64_t scale = static_cast<int64_t>(exponent) - behindMark;
-    size_t lead = 0;
-    while (lead < digits.size() && digits[lead] == '0') ++lead;
-    digits.erase(digits.begin(), digits.begin() + static_cast<long>(lead));
-    if (!(hasExponent && !hasMark)) {
-        while (!digits.empty() && digits.back() == '0') {
-            digits.pop_back();
-            ++scale;
-        }
-    }
-    if (digits.size() > 20) {
-        scale += static_cast<int64_t>(digits.size() - 20);
-        digits.resize(20);
-    }
+    const uint32_t used = hasExponent && !hasMark ? mantissa.count : mantissa.significant;
+    const uint32_t taken = used < Mantissa::kKept ? used : Mantissa::kKept;
+    scale += static_cast<int64_t>(mantissa.count - taken);
     double value = 0;
     double weight = 1;
-    for (size_t i = digits.size(); i-- > 0;) {
-        value += (digits[i] - '0') * weight;
+    for (uint32_t i = taken; i-- > 0;) {
+        value += (mantissa.kept[i] - '0') * weight;
         weight *= 10;
     }
-    if (digits.empty()) findings.add(digitSeen ? RT_REAL_ZERO_CONTENTS : RT_MANTISSA_DIGITS);
+    if (taken == 0) findings.add(digitSeen ? RT_REAL_ZERO_CONTENTS : RT_MANTISSA_DIGITS);
     scaleByTen(value, scale, findings);
     if (negative) value = -value;
     int found = hasExponent ? 3 : hasMark ? 2 : 1;

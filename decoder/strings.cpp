@@ -52,22 +52,6 @@ void appendToChain(RunContext* context, StringChain& chain, uint32_t count)
     }
 }
 
-// The last `count` octets stored, in order (they may span two areas).
-std::string lastOctets(const StringChain& chain, uint32_t count)
-{
-    std::string octets(count, '\0');
-    const StringArea* area = chain.lastArea;
-    uint32_t end = chain.areaOffset - StringChain::kAreaStart;
-    for (uint32_t left = count; left > 0 && area != nullptr;) {
-        uint32_t take = left < end ? left : end;
-        std::memcpy(&octets[left - take], area->data + end - take, take);
-        left -= take;
-        area = area->previous;
-        end = sizeof area->data;
-    }
-    return octets;
-}
-
 uint32_t readPrimitive(DecodeCall& call, StringChain& chain, uint32_t& unusedBits, int32_t length)
 {
     RunContext* context = call.context;
@@ -79,15 +63,15 @@ uint32_t readPrimitive(DecodeCall& call, StringChain& chain, uint32_t& unusedBit
         unusedBits = count;
         --length;
     }
+    // The checks of a segment read it where it stands in the input.
+    const uint8_t* segment = context->decode.inputBase + context->decode.inputOffset;
     appendToChain(context, chain, static_cast<uint32_t>(length));
     call.total += call.unit == 0 ? 8 * length : length;
-    if (isIri(*call.type) || call.type->kind == KIND_HUGE_INTEGER) {
-        std::string stored = lastOctets(chain, static_cast<uint32_t>(length));
-        if (isIri(*call.type)) checkOidIri(context, stored.data(), static_cast<uint32_t>(length), call.type->stringCode == 35);
-        if (call.type->kind == KIND_HUGE_INTEGER) {
-            checkHugeInteger(context, reinterpret_cast<const uint8_t*>(stored.data()), length);
-        }
+    if (isIri(*call.type)) {
+        checkOidIri(context, reinterpret_cast<const char*>(segment), static_cast<uint32_t>(length),
+                    call.type->stringCode == 35);
     }
+    if (call.type->kind == KIND_HUGE_INTEGER) checkHugeInteger(context, segment, length);
     if (call.unit == 0) {
         if (length == 0 && count > 0) reportError(context, RT_UNUSED_BITS_RANGE, count);
         if (length > 0) {
@@ -237,19 +221,17 @@ bool arcCharactersValid(std::string_view arc)
     return true;
 }
 
-// The argument of an OID-IRI failure: at most 127 characters.
-std::string shortArgument(std::string_view text)
-{
-    if (text.size() <= 127) return std::string(text);
-    return std::string(text.substr(0, 124)) + "...";
-}
-
+// The argument of an OID-IRI failure is at most 127 characters: a longer
+// text is cut to 124 and "...".
 [[noreturn]] void refuseIri(RunContext* context, int32_t entry, std::string_view text)
 {
-    // The argument must outlive the unwinding only as far as the text is
-    // built, which happens before the throw.
-    std::string argument = shortArgument(text);
-    reportError(context, entry, ErrorArgument::ofText(argument.c_str()));
+    constexpr size_t kLongest = 127;
+    char argument[kLongest + 1];
+    const bool cut = text.size() > kLongest;
+    const size_t kept = cut ? kLongest - 3 : text.size();
+    std::memcpy(argument, text.data(), kept);
+    std::strcpy(argument + kept, cut ? "..." : "");
+    reportError(context, entry, ErrorArgument::ofText(argument));
 }
 
 bool isSmallNumber(std::string_view arc, int lowest, int highest)
@@ -303,10 +285,11 @@ void drainChain(RunContext* context, StringChain& chain, uint8_t* target)
     chain.dataOctets = 0;
 }
 
-std::string chainText(RunContext* context, StringChain& chain)
+char* storeText(RunContext* context, StringChain& chain, uint32_t& size)
 {
-    std::string text(static_cast<size_t>(chain.dataOctets), '\0');
-    drainChain(context, chain, reinterpret_cast<uint8_t*>(text.data()));
+    size = static_cast<uint32_t>(chain.dataOctets);
+    auto* text = static_cast<char*>(context->services->svcAllocValue(context, size + 1, 0));  // cleared
+    drainChain(context, chain, reinterpret_cast<uint8_t*>(text));
     return text;
 }
 
@@ -420,15 +403,12 @@ uint32_t decodeText(DecodeCall& call, int32_t length, int32_t& eocPending, bool 
     StringChain chain;
     uint32_t unusedBits = 0;
     uint32_t consumed = readStringBody(call, chain, unusedBits, length, eocPending, constructed);
-    std::string text = chainText(context, chain);
-    if (type.kind == KIND_TIME_TEXT) text = rebuildTimeText(context, type, text);
-    auto* block = static_cast<char*>(context->services->svcAllocValue(context, static_cast<uint32_t>(text.size() + 1), 0));
-    *static_cast<char**>(call.value) = block;
-    std::memcpy(block, text.data(), text.size());
-    block[text.size()] = '\0';
-    if (text.find('\0') != std::string::npos) reportError(context, RT_EMBEDDED_NUL);
-    if (type.stringCode == 12 && !text.empty() &&
-        checkUtf8(reinterpret_cast<const uint8_t*>(text.data()), static_cast<uint32_t>(text.size())) == 0) {
+    uint32_t size = 0;
+    char* text = type.kind == KIND_TIME_TEXT ? storeTimeText(context, type, chain, size)
+                                             : storeText(context, chain, size);
+    *static_cast<char**>(call.value) = text;
+    if (std::memchr(text, '\0', size) != nullptr) reportError(context, RT_EMBEDDED_NUL);
+    if (type.stringCode == 12 && size > 0 && checkUtf8(reinterpret_cast<const uint8_t*>(text), size) == 0) {
         reportError(context, RT_BAD_UTF8);
     }
     return consumed;

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 #include "decoder/ber_decode.h"
 
@@ -32,8 +31,9 @@ struct StringChain {
 // Copies the chain, oldest octets first, into `target` of dataOctets
 // octets, and gives the areas back to the scratch stack.
 void drainChain(RunContext* context, StringChain& chain, uint8_t* target);
-// The chain as one text; the areas go back.
-std::string chainText(RunContext* context, StringChain& chain);
+// The chain as the text of a value, in a value block with a final NUL;
+// `size` gets its length. The areas go back.
+char* storeText(RunContext* context, StringChain& chain, uint32_t& size);
 
 uint32_t readStringBody(DecodeCall& call, StringChain& chain, uint32_t& unusedBits, int32_t length,
                         int32_t& eocPending, bool constructed);

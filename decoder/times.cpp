@@ -1,5 +1,6 @@
 #include "decoder/times.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "decoder/control_table.h"
@@ -8,6 +9,7 @@
 #include "decoder/values.h"
 #include "runtime/context.h"
 #include "runtime/runtime_catalog.h"
+#include "runtime/services.h"
 
 namespace {
 
@@ -57,6 +59,22 @@ long fractionMilliseconds(int fields, long v, int n, int kept)
         }
     }
 }
+
+// The value notation that a TIME-family type stores: '#' takes the next
+// octet of the contents, '*' all the rest, anything else stands as it is.
+const char* timeNotation(uint16_t stringCode)
+{
+    switch (stringCode) {
+        case 31: return "####-##-##";           // DATE
+        case 32: return "##:##:##";             // TIME-OF-DAY
+        case 33: return "####-##-##T##:##:##";  // DATE-TIME
+        case 34: return "P*";                   // DURATION
+        default: return "*";
+    }
+}
+
+constexpr uint32_t kLongestTimeDigits = 14;  // of DATE-TIME
+constexpr size_t kUsualTimeText = 32;         // "YYYYMMDDHHMMSS.fff+hhmm" and room to spare
 
 }  // namespace
 
@@ -140,9 +158,15 @@ uint32_t decodeTimeRecord(DecodeCall& call, int32_t length, int32_t& eocPending,
     const TimeKind kind = call.type->kind == KIND_UTC_TIME ? TimeKind::Utc : TimeKind::Generalized;
     auto& record = *static_cast<TimeRecord*>(call.value);
     uint16_t used = 0;
-    // The text with a final NUL, in one block.
-    const std::string text = chainText(context, chain);
-    int bad = parseTime(text.c_str(), kind, record, used);
+    // The text with a final NUL: on the stack at the length a time usually
+    // has, else in a scratch block of the decode, since a fraction may have
+    // any number of digits.
+    const auto size = static_cast<uint32_t>(chain.dataOctets);
+    char usual[kUsualTimeText] = {};
+    char* text = size < sizeof usual ? usual
+                                     : static_cast<char*>(context->services->svcAllocScratch(context, size + 1));
+    drainChain(context, chain, reinterpret_cast<uint8_t*>(text));
+    int bad = parseTime(text, kind, record, used);
     int32_t rangeEntry = 0;
     long rangeValue = 0;
     if (bad == 0) {
@@ -167,28 +191,33 @@ uint32_t decodeTimeRecord(DecodeCall& call, int32_t length, int32_t& eocPending,
             }
         }
     }
-    if (used < text.size() || text.find('\0') != std::string::npos) reportError(context, RT_MISENCODED);
+    if (used < size || std::memchr(text, '\0', size) != nullptr) reportError(context, RT_MISENCODED);
     if (bad != 0) reportError(context, RT_MISENCODED);
     if (rangeEntry != 0) reportError(context, rangeEntry, rangeValue);
     return consumed;
 }
 
-std::string rebuildTimeText(RunContext* context, const TypeRecord& type, const std::string& contents)
+char* storeTimeText(RunContext* context, const TypeRecord& type, StringChain& chain, uint32_t& size)
 {
-    switch (type.stringCode) {
-        case 31:
-            if (contents.size() != 8) reportError(context, RT_TIME_RANGE);
-            return contents.substr(0, 4) + "-" + contents.substr(4, 2) + "-" + contents.substr(6, 2);
-        case 32:
-            if (contents.size() != 6) reportError(context, RT_TIME_RANGE);
-            return contents.substr(0, 2) + ":" + contents.substr(2, 2) + ":" + contents.substr(4, 2);
-        case 33:
-            if (contents.size() != 14) reportError(context, RT_TIME_RANGE);
-            return contents.substr(0, 4) + "-" + contents.substr(4, 2) + "-" + contents.substr(6, 2) + "T" +
-                   contents.substr(8, 2) + ":" + contents.substr(10, 2) + ":" + contents.substr(12, 2);
-        case 34:
-            return "P" + contents;
-        default:
-            return contents;
+    const char* notation = timeNotation(type.stringCode);
+    const char* rest = std::strchr(notation, '*');
+    const auto contents = static_cast<uint32_t>(chain.dataOctets);
+    if (rest != nullptr) {
+        const auto prefix = static_cast<uint32_t>(rest - notation);
+        size = prefix + contents;
+        auto* text = static_cast<char*>(context->services->svcAllocValue(context, size + 1, 0));  // cleared
+        std::memcpy(text, notation, prefix);
+        drainChain(context, chain, reinterpret_cast<uint8_t*>(text + prefix));
+        return text;
     }
+    // A notation without '*' takes a fixed number of digits.
+    const auto digitCount = static_cast<uint32_t>(std::count(notation, notation + std::strlen(notation), '#'));
+    if (contents != digitCount) reportError(context, RT_TIME_RANGE);
+    uint8_t digits[kLongestTimeDigits];
+    drainChain(context, chain, digits);
+    size = static_cast<uint32_t>(std::strlen(notation));
+    auto* text = static_cast<char*>(context->services->svcAllocValue(context, size + 1, 0));  // cleared
+    uint32_t taken = 0;
+    for (uint32_t i = 0; i < size; ++i) text[i] = notation[i] == '#' ? static_cast<char>(digits[taken++]) : notation[i];
+    return text;
 }

@@ -3,10 +3,10 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
 #include "decoder/ber_decode.h"
 
+struct StringChain;
 struct TimeRecord;
 struct TypeRecord;
 
@@ -15,5 +15,7 @@ enum class TimeKind { Utc, Generalized };
 uint32_t decodeTimeRecord(DecodeCall& call, int32_t length, int32_t& eocPending, bool constructed);
 // 0 for a good text, 1 for a bad one; `used` gets the characters read.
 int parseTime(const char* text, TimeKind kind, TimeRecord& record, uint16_t& used);
-// The text that a TIME-family value stores, from its contents.
-std::string rebuildTimeText(RunContext* context, const TypeRecord& type, const std::string& contents);
+// The text that a TIME-family value stores, rebuilt from the contents in the
+// chain into a value block with a final NUL; `size` gets its length. The
+// areas go back.
+char* storeTimeText(RunContext* context, const TypeRecord& type, StringChain& chain, uint32_t& size);

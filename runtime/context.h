@@ -71,6 +71,8 @@ struct RunState {
     int32_t lastError;
     int32_t fixupCount;
     int32_t spareTail;
+    uint8_t* repairOctets;     // the repair's own copy of the input, while it runs
+    int32_t repairSize;        // its octets, the spare ones included
     char* longErrorText;
     DecoderHooks hooks;        // entries filled by the control table's init
 };

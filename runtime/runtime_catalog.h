@@ -11,6 +11,19 @@ struct RuntimeMessage {
 };
 
 constexpr uint32_t MESSAGE_FORM_MASK = 0x0F;
+// The forms of the argument, as the text behind a failure shows it.
+enum ArgumentForm : uint32_t {
+    FORM_NONE = 0,
+    FORM_FIELD = 1,       // a field's name in double quotes, or #number
+    FORM_TAG_PAIR = 2,    // the tag read, and the one expected above it
+    FORM_SIGNED = 3,
+    FORM_UNSIGNED = 4,
+    FORM_DOUBLE = 5,
+    FORM_QUOTED = 6,      // a string in single quotes, cut when long
+    FORM_CHARACTER = 7,
+    FORM_QUOTED_TOO = 8,  // the same as FORM_QUOTED
+    FORM_BARE = 9,        // a string as it is, cut when long
+};
 constexpr uint32_t MESSAGE_FATAL = 0x20;
 constexpr uint32_t MESSAGE_NO_LOCATION = 0x40;
 

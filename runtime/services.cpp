@@ -102,7 +102,7 @@ const uint8_t* svcOpenInput(RunContext* context, const uint8_t** input, uint32_t
 
 uint32_t svcCloseInput(RunContext* context, const uint8_t** input, uint32_t used)
 {
-    if (used > context->memory.inputSize) raiseMemoryError(context, 0, used);
+    if (used > context->memory.inputSize) raiseMemoryError(context, MemoryFault::InputOverrun, used);
     *input = context->memory.inputStart + used;
     return context->memory.inputSize - used;
 }
@@ -147,10 +147,10 @@ uint32_t svcCloseValues(RunContext* context, void** root)
 void* svcAllocValue(RunContext* context, uint32_t size, uint32_t)
 {
     MemoryState& memory = context->memory;
-    if (size == 0) raiseMemoryError(context, 2, 0);
+    if (size == 0) raiseMemoryError(context, MemoryFault::ZeroBytes, 0);
     uint64_t rounded = (static_cast<uint64_t>(size) + memory.valueAlignment - 1) / memory.valueAlignment *
                        memory.valueAlignment;
-    if (rounded == 0 || rounded > 0x7fffffff) raiseMemoryError(context, 3, size);
+    if (rounded == 0 || rounded > 0x7fffffff) raiseMemoryError(context, MemoryFault::BlockTooLarge, size);
     BlockTable* table = memory.valueTables;
     if (isFull(table)) table = grow(context, table);
     void* block = allocChecked(context, size, true);
@@ -178,9 +178,9 @@ void svcOpenScratch(RunContext* context)
 void* svcAllocScratch(RunContext* context, uint32_t size)
 {
     MemoryState& memory = context->memory;
-    if (size == 0) raiseMemoryError(context, 2, 0);
+    if (size == 0) raiseMemoryError(context, MemoryFault::ZeroBytes, 0);
     // The header and the block are one request, counted in 32 bits.
-    if (size > 0x7fffffff - memory.scratchHeader) raiseMemoryError(context, 3, size);
+    if (size > 0x7fffffff - memory.scratchHeader) raiseMemoryError(context, MemoryFault::BlockTooLarge, size);
     BlockTable* table = memory.scratchTable;
     // Entries released at the end of the table are taken back.
     while (table->count > 0 && table->entries[table->count - 1].size == 0) --table->count;
@@ -345,19 +345,19 @@ void* allocChecked(RunContext* context, uint32_t size, bool clear)
     return block;
 }
 
-void raiseMemoryError(RunContext* context, int code, int64_t argument)
+void raiseMemoryError(RunContext* context, MemoryFault fault, int64_t argument)
 {
-    switch (code) {
-        case 0: reportError(context, RT_END_OF_INPUT);
-        case 2: reportError(context, RT_ZERO_BYTES);
-        case 3: reportError(context, RT_BLOCK_TOO_LARGE, argument);
-        default: reportError(context, RT_OUT_OF_MEMORY, argument);
+    switch (fault) {
+        case MemoryFault::InputOverrun: reportError(context, RT_END_OF_INPUT);
+        case MemoryFault::ZeroBytes: reportError(context, RT_ZERO_BYTES);
+        case MemoryFault::BlockTooLarge: break;
     }
+    reportError(context, RT_BLOCK_TOO_LARGE, argument);
 }
 
 int qorFreeValue(RunContext* context, int pdu, void* value)
 {
-    if (context == nullptr) return 6;
+    if (context == nullptr) return QOR_NULL_CONTEXT;
     return context->services->svcFreeValue(context, pdu, value, context->controlTable);
 }
 
@@ -377,7 +377,7 @@ void* scratchStackPush(RunContext* context, uint32_t size)
         }
     }
     // A chunk is one scratch block, counted in 32 bits with its head.
-    if (size > kChunkLargest) raiseMemoryError(context, 3, size);
+    if (size > kChunkLargest) raiseMemoryError(context, MemoryFault::BlockTooLarge, size);
     uint32_t usable = size > kChunkMinimum ? size : kChunkMinimum;
     void* handle = context->services->svcAllocScratch(context, usable + kChunkHead);
     auto* fresh = static_cast<ScratchChunk*>(context->services->svcLock(context, handle));

@@ -46,14 +46,21 @@ void* qorAlloc(RunContext* context, size_t size);
 void qorFree(RunContext* context, void* block);
 // A block for the decoder; raises 0008S when none can be had.
 void* allocChecked(RunContext* context, uint32_t size, bool clear);
-// Codes of the memory services turned into runtime failures.
-[[noreturn]] void raiseMemoryError(RunContext* context, int code, int64_t argument);
+// What the memory services refuse, numbered as the services number it.
+enum class MemoryFault : int {
+    InputOverrun = 0,   // more input used than was handed over
+    ZeroBytes = 2,      // a request for no bytes
+    BlockTooLarge = 3,  // a request beyond a 32-bit block
+};
+// A refusal of the memory services turned into a runtime failure.
+[[noreturn]] void raiseMemoryError(RunContext* context, MemoryFault fault, int64_t argument);
 
 // svcFreeValue's answer to a PDU number that names no type.
 constexpr int FREE_BAD_PDU = 33;
 
-// Releases a value that qorDecode handed back: 0, 33 for a PDU number that
-// names no type (nothing is released), 6 for a null context.
+// Releases a value that qorDecode handed back: 0, FREE_BAD_PDU for a PDU
+// number that names no type (nothing is released), QOR_NULL_CONTEXT for a
+// null context.
 int qorFreeValue(RunContext* context, int pdu, void* value);
 
 // Short-lived work areas of a decode.

@@ -13,7 +13,11 @@ namespace {
 
 constexpr size_t kReasonSize = 256;
 
-// A failure of the check: why the text isn't a value of its form.
+// A failure of the check, whose reason is already in pendingEntry and
+// pendingArgument. It is the parser's way out of its nested reads and never
+// leaves qorCheckTimeProperties, which answers false as its callers expect;
+// it is no recovery point. Out-of-range components raise through
+// reportError instead, to the decode's recovery point.
 struct CheckFailed {};
 
 class TimeParser {

@@ -115,9 +115,9 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
     int column = dumpOctets(context, element, identifier, indent, identifierSuffix(indefinite, stop || repaired));
     if (!indefinite) {
         int32_t end = header < available ? header : available;
-        if (repaired) showOriginalLength(element, identifier, true);
+        if (repaired) showOriginalLength(context, element, identifier, true);
         column += dumpOctets(context, element + identifier, end - identifier, 0, "");
-        if (repaired) showOriginalLength(element, identifier, false);
+        if (repaired) showOriginalLength(context, element, identifier, false);
         if ((first & 0x80) != 0) column += printDecimalLength(context, shown);
     }
     if (stop && length == LENGTH_TRUNCATED) return 1;

@@ -18,7 +18,6 @@ namespace {
 
 constexpr int32_t kSpareOctets = 16;
 constexpr int32_t kMaximumRepairs = 1000;
-constexpr int kWriteFailed = 72;
 
 // What the repair changes of the run, put back however it ends.
 class RepairScope {
@@ -33,6 +32,8 @@ public:
         context_->toolFlags = flags_;
         context_->printOverride = override_;
         context_->jumpTarget = jumpTarget_;
+        context_->state->repairOctets = nullptr;
+        context_->state->repairSize = 0;
     }
     RepairScope(const RepairScope&) = delete;
     RepairScope& operator=(const RepairScope&) = delete;
@@ -50,7 +51,7 @@ void writeRecords(RunContext* context, const char* name, const uint8_t* data, in
     qorFlush(context);
     std::FILE* out = std::fopen(name, "wb");
     if (out == nullptr) {
-        context->state->lastError = 45;
+        context->state->lastError = kCannotOpen;
         return;
     }
     size_t written = length > 0 ? std::fwrite(data, 1, static_cast<size_t>(length), out) : 0;
@@ -60,6 +61,17 @@ void writeRecords(RunContext* context, const char* name, const uint8_t* data, in
         context->state->lastError = kWriteFailed;
         if (regular) std::remove(name);  // nothing half-written stays behind; a device stays
     }
+}
+
+// The octet at `place` of the repair's own buffer, writable; null for a
+// place outside it.
+uint8_t* writableOctet(const RunContext* context, const uint8_t* place)
+{
+    const RunState* state = context->state;
+    if (state->repairOctets == nullptr) return nullptr;
+    auto offset = reinterpret_cast<uintptr_t>(place) - reinterpret_cast<uintptr_t>(state->repairOctets);
+    if (offset >= static_cast<uintptr_t>(state->repairSize)) return nullptr;
+    return state->repairOctets + offset;
 }
 
 // The records have taken in spare octets: one repair however many.
@@ -116,9 +128,12 @@ int repairEncoding(RunContext* context, const char* inputName, const char* outpu
 
     try {
         input = std::fopen(inputName, "rb");
-        if (input == nullptr) return 45;
+        if (input == nullptr) return kCannotOpen;
         buffer.length = kSpareOctets;
-        if (loadRepairInput(context, input, buffer) != 0) return 46;
+        if (loadRepairInput(context, input, buffer) != 0) return kReadFailed;
+        // The one buffer that the repair writes into: its own heap block.
+        state->repairOctets = buffer.data;
+        state->repairSize = buffer.length;
         // The zero octets behind the input are a reserve for missing
         // end-of-contents, kept only when the first element is indefinite.
         if (contentLength(context, buffer.data, buffer.length) == LENGTH_INDEFINITE) {
@@ -137,7 +152,7 @@ int repairEncoding(RunContext* context, const char* inputName, const char* outpu
             std::fclose(input);
             input = nullptr;
         }
-        if (jump.value >= 1 && jump.value <= 3) {
+        if (toolRow(jump.value).internalError) {
             state->fixupCount = total;
             return state->lastError;
         }
@@ -193,14 +208,14 @@ LengthRepair repairLongFormLength(RunContext* context, const uint8_t* element, i
     if (element[0] == 0 || identifier + 1 >= available) return repair;
     // The octet behind a length of 00 looks like a long-form length.
     if (element[identifier] != 0x00 || (element[identifier + 1] & 0x80) == 0) return repair;
+    uint8_t* lengthOctet = writableOctet(context, element + identifier);
+    if (lengthOctet == nullptr) return repair;
 
     const uint32_t savedFlags = context->toolFlags;
     const uint32_t savedState = state->stateFlags;
     context->toolFlags |= TLV_QUIET_ERRORS;
     state->stateFlags |= STATE_PROBING;
     if (!probeElements(context, element, available)) {
-        // The input is ours: the length octet is rewritten in place.
-        auto* lengthOctet = const_cast<uint8_t*>(element + identifier);
         *lengthOctet = 0x81;
         clearEndCache(context);
         repair.header = identifier + 2;
@@ -231,9 +246,10 @@ LengthRepair repairLongFormLength(RunContext* context, const uint8_t* element, i
     return repair;
 }
 
-void showOriginalLength(const uint8_t* element, int32_t identifier, bool original)
+void showOriginalLength(RunContext* context, const uint8_t* element, int32_t identifier, bool original)
 {
-    *const_cast<uint8_t*>(element + identifier) = original ? 0x00 : 0x81;
+    uint8_t* lengthOctet = writableOctet(context, element + identifier);
+    if (lengthOctet != nullptr) *lengthOctet = original ? 0x00 : 0x81;
 }
 
 void printRepairOutcome(RunContext* context, int result, const char* inputName, const char* repairName)
@@ -244,7 +260,7 @@ void printRepairOutcome(RunContext* context, int result, const char* inputName, 
     } else if (result == 0) {
         qorPrint(context, "\nRecords were fixed and saved in file: '%s'.\nThe total number of fixups was: '%d'.",
                  repairName, count);
-    } else if (result == 45 || result == 46) {
+    } else if (result == kCannotOpen || result == kReadFailed) {
         qorPrint(context, "\nError reading from input file: '%s'.", inputName);
     } else if (result == kWriteFailed) {
         qorPrint(context, "\nError writing to the output file: '%s'.", repairName);

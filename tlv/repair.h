@@ -37,4 +37,4 @@ LengthRepair repairLongFormLength(RunContext* context, const uint8_t* element, i
                                   int32_t identifier, int32_t header);
 // While the length octets of a repaired element are printed, its first
 // length octet holds 00 again.
-void showOriginalLength(const uint8_t* element, int32_t identifier, bool original);
+void showOriginalLength(RunContext* context, const uint8_t* element, int32_t identifier, bool original);

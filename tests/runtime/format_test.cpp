@@ -4,7 +4,6 @@
 #include <string>
 
 #include "runtime/output.h"
-#include "tests/test_context.h"
 
 namespace {
 
@@ -68,17 +67,6 @@ TEST(Format, WidthsAndTheOtherConversions)
         {"0A", formatText("%02X", 10)},
     };
     for (const Row& row : rows) EXPECT_EQ(row.expected, row.produced);
-}
-
-TEST(Format, QorPrintFollowsTheSameConventions)
-{
-    TestContext run;
-    RunContext* context = run.get();
-    EXPECT_EQ(13, qorPrint(context, "%E", 1.5));
-    EXPECT_EQ(20, qorPrint(context, " %I64d", INT64_MAX));
-    EXPECT_EQ(6, qorPrint(context, "[%*s]", -4, "ab"));
-    EXPECT_EQ(5, qorPrint(context, "[%*s]", -3, ""));
-    EXPECT_EQ("1.500000E+000 9223372036854775807[ab  ][   ]", run.output());
 }
 
 #pragma GCC diagnostic pop
