@@ -21,10 +21,10 @@ constexpr int32_t kHugeIntegerFrom = 5;  // contents octets that need PDU 23
 
 // Failures of one rendering, as renderContents sorts them.
 constexpr int FAIL_NONE = 0;
-constexpr int FAIL_NO_MEMORY = 1;
-constexpr int FAIL_PREMATURE_END = 17;
+constexpr int FAIL_NO_MEMORY = kNoMemory;
+constexpr int FAIL_PREMATURE_END = kPrematureEnd;
 constexpr int FAIL_DECODE = 18;
-constexpr int FAIL_OVERRUN = 35;
+constexpr int FAIL_OVERRUN = kLengthOverrun;
 
 // Releases a decoded value however its text maker ends.
 class DecodedValue {
@@ -140,7 +140,7 @@ Rendered& Rendered::operator=(Rendered&& other) noexcept
 Rendered renderContents(RunContext* context, const Element& element, const UniversalTag* row)
 {
     if (element.available() == 0) {
-        signalError(context, 17, 0, 0);
+        signalError(context, kPrematureEnd, 0, 0);
         return {};
     }
     if (!element.readable() || element.headerOverruns() || element.tagNumber == -1) return {};

@@ -60,14 +60,14 @@ char* hugeIntegerHex(RunContext* context, const uint8_t* octets, int32_t length)
         text += kDigits[octets[i] & 0xF];
     }
     char* block = newText(context, text.data(), text.size());
-    if (block == nullptr) signalError(context, 1, 0, 0);
+    if (block == nullptr) signalError(context, kNoMemory, 0, 0);
     return block;
 }
 
 char* hugeIntegerText(RunContext* context, const uint8_t* octets, int32_t length)
 {
     if (octets == nullptr || length == 0) {
-        signalError(context, 29, 0, 0);
+        signalError(context, kBadHugeInteger, 0, 0);
         return nullptr;
     }
     if (length > kHugeIntegerFrom || (octets[0] != 0x00 && octets[0] != 0xFF)) {
@@ -78,7 +78,7 @@ char* hugeIntegerText(RunContext* context, const uint8_t* octets, int32_t length
     for (int32_t i = 0; i < length; ++i) value = static_cast<int64_t>(static_cast<uint64_t>(value) << 8) | octets[i];
     std::string text = std::to_string(value);
     char* block = newText(context, text.data(), text.size());
-    if (block == nullptr) signalError(context, 1, 0, 0);
+    if (block == nullptr) signalError(context, kNoMemory, 0, 0);
     return block;
 }
 

@@ -226,7 +226,7 @@ void escapedText(RunContext* context, char*& result, const void* units, CharForm
     size_t length = escapedLength(units, form, count);
     result = static_cast<char*>(qorAlloc(context, length + 1));
     if (result == nullptr) {
-        signalError(context, 1, 0, 0);
+        signalError(context, kNoMemory, 0, 0);
         return;
     }
     char* out = result;

@@ -42,14 +42,14 @@ TagText elementTagName(RunContext* context, const Element& element, TagNameBuffe
     TagText name;
     if (element.available() == 0) return name;
     if (element.tagNumber == -1) {
-        signalError(context, 17, 0, 0);
+        signalError(context, kPrematureEnd, 0, 0);
         return name;
     }
     if (element.tagClass == CLASS_UNIVERSAL) {
         const UniversalTag* row = universalTag(element.tagNumber);
         // Universal tag 0 is the end-of-contents; its second octet must be 0.
         if (element.tagNumber == 0 && !element.secondOctetZero()) {
-            signalError(context, 37, 0, 0);
+            signalError(context, kEocNonZero, 0, 0);
             return name;
         }
         if (row != nullptr && !row->name.empty()) {
@@ -76,7 +76,7 @@ char* tagName(RunContext* context, const uint8_t* element, int32_t available)
     if (name.text == nullptr) return nullptr;
     auto* text = static_cast<char*>(qorAlloc(context, static_cast<size_t>(name.length) + 1));
     if (text == nullptr) {
-        signalError(context, 1, 0, 0);
+        signalError(context, kNoMemory, 0, 0);
         return nullptr;
     }
     std::memcpy(text, name.text, static_cast<size_t>(name.length) + 1);

@@ -145,7 +145,7 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
     // The walker marks an end-of-contents by `indefinite`; any other 00 is a
     // tag of 00.
     if (element.firstOctet() == 0 && !indefinite) {
-        signalError(context, 73, 0, 0);
+        signalError(context, kTagZero, 0, 0);
         name = TagText();
     }
 

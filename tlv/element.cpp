@@ -90,11 +90,11 @@ Element readElement(OctetView whole)
 int32_t reportHeaderLength(RunContext* context, const Element& element)
 {
     if (element.identifier == LENGTH_TRUNCATED) {
-        signalError(context, 17, reinterpret_cast<intptr_t>(element.start()), element.available());
+        signalError(context, kPrematureEnd, reinterpret_cast<intptr_t>(element.start()), element.available());
         return LENGTH_TRUNCATED;
     }
     if (element.identifier == 0) return 0;
-    if (element.header > element.available()) signalError(context, 38, element.header, element.available());
+    if (element.header > element.available()) signalError(context, kHeaderOverrun, element.header, element.available());
     return element.header;
 }
 
@@ -105,9 +105,9 @@ int32_t reportContentLength(RunContext* context, const Element& element)
     if (header == 0 || header > element.available()) return 0;
     if (element.length == LENGTH_TRUNCATED) {
         // The length octets ran off the data: nothing was left to read.
-        signalError(context, 17, reinterpret_cast<intptr_t>(element.start()), 0);
+        signalError(context, kPrematureEnd, reinterpret_cast<intptr_t>(element.start()), 0);
         return LENGTH_TRUNCATED;
     }
-    if (element.length > element.room()) signalError(context, 35, element.length, element.room());
+    if (element.length > element.room()) signalError(context, kLengthOverrun, element.length, element.room());
     return element.length;
 }

@@ -22,7 +22,7 @@ public:
     RecordSpanScope(RunContext* context, const InputBuffer& buffer) : context_(context)
     {
         auto* span = static_cast<RecordSpan*>(qorAlloc(context, sizeof(RecordSpan)));
-        if (span == nullptr) signalError(context, 1, 0, 0);
+        if (span == nullptr) signalError(context, kNoMemory, 0, 0);
         if (span != nullptr) *span = {buffer.length, buffer.data};
         context->recordSpan = span;
     }
@@ -74,7 +74,7 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
     const int indent = 2 * depth;
     const uint8_t* element = read.start();
     const int32_t available = read.available();
-    if (read.firstOctet() == 0) signalError(context, 73, 0, 0);
+    if (read.firstOctet() == 0) signalError(context, kTagZero, 0, 0);
     indefinite = false;
     bool stop = true;
     bool repaired = false;
@@ -85,7 +85,7 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
     if (identifier == LENGTH_TRUNCATED) {
         qorWrite(context, "\n", 1);
         dumpOctets(context, element, available, indent, "");
-        signalError(context, 17, reinterpret_cast<intptr_t>(element), available);
+        signalError(context, kPrematureEnd, reinterpret_cast<intptr_t>(element), available);
         return 1;
     }
     if (identifier == 0) return 0;
@@ -94,7 +94,7 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
     if (first == 0x80) indefinite = true;
     int32_t header = read.header;
     if (header > available) {
-        signalError(context, 38, header, available);
+        signalError(context, kHeaderOverrun, header, available);
     } else {
         LengthRepair repair = repairLongFormLength(context, element, available, identifier, header);
         repaired = repair.applied;
@@ -102,9 +102,9 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
         length = repair.lengthSet ? repair.length : read.length;
         shown = repair.lengthSet ? repair.shown : read.length;
         if (length == LENGTH_TRUNCATED) {
-            signalError(context, 17, reinterpret_cast<intptr_t>(element), available);
+            signalError(context, kPrematureEnd, reinterpret_cast<intptr_t>(element), available);
         } else if (!indefinite && length > available - header) {
-            signalError(context, 35, length, available - header);
+            signalError(context, kLengthOverrun, length, available - header);
             length = available - header;
         } else {
             stop = false;

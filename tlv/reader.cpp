@@ -47,7 +47,7 @@ void stepWithoutEnd(RunContext* context, const uint8_t* step, const uint8_t* lim
         int32_t left = remaining;
         int32_t length = readHeader(context, inner, left);
         if (length == LENGTH_TRUNCATED) {
-            signalError(context, 17, place(step), remaining);
+            signalError(context, kPrematureEnd, place(step), remaining);
             return;
         }
         if (length != LENGTH_INDEFINITE && left < length) length = left;
@@ -111,7 +111,7 @@ bool skipToEndOfContents(RunContext* context, const uint8_t*& cursor, int32_t& r
         int32_t left = remaining;
         int32_t length = readHeader(context, inner, left);
         if (length == LENGTH_TRUNCATED) {
-            signalError(context, 17, place(cursor), remaining);
+            signalError(context, kPrematureEnd, place(cursor), remaining);
             return noEnd();
         }
         if (length == LENGTH_INDEFINITE) {
@@ -220,7 +220,7 @@ const uint8_t* nextElementOf(RunContext* context, const Element& element, int32_
     if (count == 0) return nullptr;
     int32_t length = element.readable() ? element.length : element.identifier;
     if (length == LENGTH_TRUNCATED) {
-        signalError(context, 17, place(element.start()), count);
+        signalError(context, kPrematureEnd, place(element.start()), count);
         count = 0;
         return nullptr;
     }
@@ -228,7 +228,7 @@ const uint8_t* nextElementOf(RunContext* context, const Element& element, int32_
         const uint8_t* end = element.start() + element.header;
         int32_t remaining = count - element.header;
         if (!skipToEndOfContents(context, end, remaining)) {
-            signalError(context, 36, 0, 0);
+            signalError(context, kMissingEoc, 0, 0);
             count = 0;
             return nullptr;
         }
@@ -272,12 +272,12 @@ int tagClass(RunContext*, const uint8_t* element, int32_t count)
 int32_t tagNumber(RunContext* context, const uint8_t* element, int32_t count)
 {
     if (element == nullptr || count == 0) {
-        signalError(context, 17, 0, 0);
+        signalError(context, kPrematureEnd, 0, 0);
         return -1;
     }
     if ((element[0] & HIGH_TAG_MASK) != HIGH_TAG_MASK) return element[0] & HIGH_TAG_MASK;
     if (count == 1) {
-        signalError(context, 17, 0, 0);
+        signalError(context, kPrematureEnd, 0, 0);
         return -1;
     }
     uint32_t number = 0;

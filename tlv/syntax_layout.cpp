@@ -77,7 +77,7 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     if (name.text == nullptr) return 1;
     indefinite = false;
     if (element.firstOctet() == 0) {
-        signalError(context, 73, 0, 0);
+        signalError(context, kTagZero, 0, 0);
         name = TagText();
     }
 
