@@ -15,6 +15,7 @@ struct ServiceTable;
 struct OutStream;
 struct RecordSpan;
 struct EndCache;
+struct RunExtensions;
 
 // Bits of toolFlags.
 constexpr uint32_t TLV_SYNTAX_LAYOUT = 0x2;
@@ -107,6 +108,7 @@ struct RunContext {
     AllocFn stateAllocFn;
     FreeFn stateFreeFn;
     RunState* state;
+    const RunExtensions* extensions;  // options beyond the listing's own; null: none
 };
 
 // The context is cleared byte for byte at start, so it must stay plain data.

@@ -1,0 +1,14 @@
+// What the options beyond the listing's own set for one run: tables loaded
+// from files and the switches of the readable layouts. The driver owns it;
+// the context points at it for the length of the run (null: none given).
+#pragma once
+
+class OidNames;
+class TagMap;
+
+struct RunExtensions {
+    const OidNames* oidNames = nullptr;  // -oids, -oidfile: names of OBJECT IDENTIFIERs
+    bool digEncapsulated = false;        // -dig: list BER inside OCTET and BIT STRINGs
+    bool utf8Text = false;               // -utf8: international text as UTF-8
+    const TagMap* tagMap = nullptr;      // -tags: field names and value forms
+};
