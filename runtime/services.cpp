@@ -175,7 +175,9 @@ void svcOpenScratch(RunContext* context)
     memory.scratchTable = newTable(context);
 }
 
-void* svcAllocScratch(RunContext* context, uint32_t size)
+// A scratch block; `clear` zero-fills it. The chunks of the scratch stack
+// aren't cleared whole: each area is cleared when it is pushed.
+void* allocScratchBlock(RunContext* context, uint32_t size, bool clear)
 {
     MemoryState& memory = context->memory;
     if (size == 0) raiseMemoryError(context, MemoryFault::ZeroBytes, 0);
@@ -190,11 +192,16 @@ void* svcAllocScratch(RunContext* context, uint32_t size)
         table = grow(context, table);
         memory.scratchTable = table;
     }
-    auto* block = static_cast<uint8_t*>(allocChecked(context, memory.scratchHeader + size, true));
+    auto* block = static_cast<uint8_t*>(allocChecked(context, memory.scratchHeader + size, clear));
     auto index = static_cast<uint32_t>(table->count);
     std::memcpy(block, &index, sizeof index);
     table->entries[table->count++] = {block, size, 0};
     return block + memory.scratchHeader;
+}
+
+void* svcAllocScratch(RunContext* context, uint32_t size)
+{
+    return allocScratchBlock(context, size, true);
 }
 
 void svcCloseScratch(RunContext* context)
@@ -379,7 +386,8 @@ void* scratchStackPush(RunContext* context, uint32_t size)
     // A chunk is one scratch block, counted in 32 bits with its head.
     if (size > kChunkLargest) raiseMemoryError(context, MemoryFault::BlockTooLarge, size);
     uint32_t usable = size > kChunkMinimum ? size : kChunkMinimum;
-    void* handle = context->services->svcAllocScratch(context, usable + kChunkHead);
+    void* handle = context->services == &kServices ? allocScratchBlock(context, usable + kChunkHead, false)
+                                                          : context->services->svcAllocScratch(context, usable + kChunkHead);
     auto* fresh = static_cast<ScratchChunk*>(context->services->svcLock(context, handle));
     fresh->previous = chunk;
     fresh->handle = handle;
