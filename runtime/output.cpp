@@ -165,6 +165,12 @@ char* qorReserve(RunContext* context, size_t length)
     return room;
 }
 
+void qorGiveBack(RunContext* context, char* end)
+{
+    OutStream* stream = context->outStream;
+    stream->used = static_cast<size_t>(end - stream->buffer);
+}
+
 int qorWriteHexDigits(RunContext* context, const uint8_t* octets, int32_t digits)
 {
     constexpr int32_t kChunkOctets = 4096;

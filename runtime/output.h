@@ -50,6 +50,8 @@ inline int qorWrite(RunContext* context, const char* text, size_t length)
 // caller; null when the output goes elsewhere (an override, or a text
 // larger than the buffer), and the caller uses qorWrite instead.
 char* qorReserve(RunContext* context, size_t length);
+// Ends a reservation at `end`: what lies behind it is given back.
+void qorGiveBack(RunContext* context, char* end);
 // Blanks: what "%*s" with an empty string prints for a width, negative widths
 // by their absolute value.
 int qorBlanksSlow(RunContext* context, int width);

@@ -1,10 +1,13 @@
 #include "tlv/hex_layout.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 #include "app/signal.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
+#include "runtime/output_line.h"
 #include "runtime/services.h"
 #include "tlv/end_cache.h"
 #include "tlv/reader.h"
@@ -44,15 +47,6 @@ const char* identifierSuffix(bool indefinite, bool flagged)
     return flagged ? " ?" : " ";
 }
 
-int printDecimalLength(RunContext* context, int32_t shown)
-{
-    char text[24];
-    char* end = text + sizeof text - 1;
-    *end = ')';
-    char* start = decimalDigits(end, shown);
-    *--start = '(';
-    return qorWrite(context, start, static_cast<size_t>(end + 1 - start));
-}
 
 }  // namespace
 
@@ -112,19 +106,28 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
         }
     }
 
-    int column = dumpOctets(context, element, identifier, indent, identifierSuffix(indefinite, stop || repaired));
+    // The line: identifier, length octets, contents. What could be reported
+    // about the element has been; from here on the line is written whole.
+    const int32_t lengthEnd = header < available ? header : available;
+    const bool noShort = (context->toolFlags & TLV_NO_SHORT) != 0;
+    const int64_t contentsBound = noShort && shown > 0 ? 2 * static_cast<int64_t>(shown) : kContentsEnd;
+    const int64_t most = 2 * static_cast<int64_t>(indent) + 2 * static_cast<int64_t>(lengthEnd) + 40 + contentsBound;
+    OutputLine line(context, most > INT32_MAX ? SIZE_MAX : static_cast<size_t>(most));
+    const char* suffix = identifierSuffix(indefinite, stop || repaired);
+    int column = line.blanks(indent) + line.hexDigits(element, 2 * identifier) + line.text(suffix, std::strlen(suffix));
     if (!indefinite) {
-        int32_t end = header < available ? header : available;
         if (repaired) showOriginalLength(context, element, identifier, true);
-        column += dumpOctets(context, element + identifier, end - identifier, 0, "");
+        column += line.hexDigits(element + identifier, 2 * (lengthEnd - identifier));
         if (repaired) showOriginalLength(context, element, identifier, false);
-        if ((first & 0x80) != 0) column += printDecimalLength(context, shown);
+        if ((first & 0x80) != 0) {
+            column += line.character('(') + line.decimal(shown) + line.character(')');
+        }
     }
     if (stop && length == LENGTH_TRUNCATED) return 1;
     if (!stop && indefinite && read.emptyIndefinite()) {
-        qorWrite(context, "\n", 1);
-        qorBlanks(context, indent);
-        qorWrite(context, "00 00", 5);
+        line.character('\n');
+        line.blanks(indent);
+        line.text("00 00", 5);
         return 0;
     }
     if (read.constructed && !stop) return 0;
@@ -135,7 +138,7 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
     if (shown > available - header) shown = available - header;
     int32_t digits = 2 * shown;
     bool truncated = false;
-    if ((context->toolFlags & TLV_NO_SHORT) == 0) {
+    if (!noShort) {
         int32_t limit = kContentsEnd - column;
         if (digits > limit) {
             digits = limit > 0 ? limit : 0;
@@ -144,9 +147,12 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
     }
     if (digits == 0 && truncated) {
         // No room left on the line: only mark what is left out.
-        qorWrite(context, " ...", 4);
-    } else {
-        dumpOctets(context, element + header, (digits + 1) / 2, 1, truncated ? "..." : "");
+        line.text(" ...", 4);
+    } else if (digits > 0) {
+        // Whole octets: an odd limit shows one digit more.
+        line.character(' ');
+        line.hexDigits(element + header, 2 * ((digits + 1) / 2));
+        if (truncated) line.text("...", 3);
     }
     return stop ? 1 : 0;
 }

@@ -1,0 +1,94 @@
+// Composes a listing line straight into the run buffer: one bounds check for
+// the whole line instead of one for every field. Where the buffer can't be
+// used (an override takes the output, or the line is too long for it) every
+// piece goes through qorWrite and its kin, with the same characters.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "runtime/output.h"
+
+class OutputLine {
+public:
+    // `most` is an upper bound of the characters the line will get.
+    OutputLine(RunContext* context, size_t most) : context_(context)
+    {
+        if (most <= kLongest) {
+            begin_ = qorReserve(context, most + kSlack);
+            at_ = begin_;
+        }
+    }
+    ~OutputLine() { finish(); }
+    OutputLine(const OutputLine&) = delete;
+    OutputLine& operator=(const OutputLine&) = delete;
+
+    // Gives back what the line didn't use; nothing more may be written.
+    void finish()
+    {
+        if (begin_ != nullptr) qorGiveBack(context_, at_);
+        begin_ = nullptr;
+        at_ = nullptr;
+    }
+
+    int text(const char* text, size_t length)
+    {
+        if (begin_ == nullptr) return qorWrite(context_, text, length);
+        std::memcpy(at_, text, length);
+        at_ += length;
+        return static_cast<int>(length);
+    }
+    int character(char c)
+    {
+        if (begin_ == nullptr) return qorWrite(context_, &c, 1);
+        *at_++ = c;
+        return 1;
+    }
+    // What "%*s" prints for a width: negative widths by their absolute value.
+    int blanks(int width)
+    {
+        if (width < 0) width = -width;
+        if (begin_ == nullptr) return qorBlanks(context_, width);
+        // Eight at a time; the slack behind the line takes the overshoot.
+        for (int done = 0; done < width; done += 8) std::memcpy(at_ + done, "        ", 8);
+        at_ += width;
+        return width;
+    }
+    int hexDigits(const uint8_t* octets, int32_t digits)
+    {
+        if (begin_ == nullptr) return qorWriteHexDigits(context_, octets, digits);
+        if (digits <= 0) return 0;
+        const int32_t pairs = (digits + 1) / 2;
+        for (int32_t i = 0; i < pairs; ++i) std::memcpy(at_ + 2 * i, hexPair(octets[i]), 2);
+        at_ += digits;
+        return digits;
+    }
+    int decimal(long value)
+    {
+        char digits[24];
+        char* end = digits + sizeof digits;
+        char* start = decimalDigits(end, value);
+        return text(start, static_cast<size_t>(end - start));
+    }
+    // An unsigned value behind blanks up to `width`; longer numbers whole.
+    int rightAligned(int width, unsigned long value)
+    {
+        char digits[32];
+        char* end = digits + sizeof digits;
+        char* start = end;
+        do {
+            *--start = static_cast<char>('0' + value % 10);
+            value /= 10;
+        } while (value != 0);
+        while (end - start < width) *--start = ' ';
+        return text(start, static_cast<size_t>(end - start));
+    }
+
+private:
+    static constexpr size_t kSlack = 16;     // room for whole-word stores past the end
+    static constexpr size_t kLongest = 16384;  // longer lines go piece by piece
+
+    RunContext* context_;
+    char* begin_ = nullptr;
+    char* at_ = nullptr;
+};
