@@ -155,7 +155,7 @@ int qorWriteSlow(RunContext* context, const char* text, size_t length)
     return static_cast<int>(length);
 }
 
-char* qorReserve(RunContext* context, size_t length)
+char* qorReserveSlow(RunContext* context, size_t length)
 {
     if (overridden(context) || length > OutStream::kCapacity) return nullptr;
     OutStream* stream = context->outStream;
@@ -163,12 +163,6 @@ char* qorReserve(RunContext* context, size_t length)
     char* room = stream->buffer + stream->used;
     stream->used += length;
     return room;
-}
-
-void qorGiveBack(RunContext* context, char* end)
-{
-    OutStream* stream = context->outStream;
-    stream->used = static_cast<size_t>(end - stream->buffer);
 }
 
 int qorWriteHexDigits(RunContext* context, const uint8_t* octets, int32_t digits)

@@ -49,9 +49,22 @@ inline int qorWrite(RunContext* context, const char* text, size_t length)
 // Room for `length` characters in the run buffer, to be filled by the
 // caller; null when the output goes elsewhere (an override, or a text
 // larger than the buffer), and the caller uses qorWrite instead.
-char* qorReserve(RunContext* context, size_t length);
+char* qorReserveSlow(RunContext* context, size_t length);
+inline char* qorReserve(RunContext* context, size_t length)
+{
+    OutStream* stream = context->outStream;
+    if (context->printOverride == nullptr && stream->used + length <= OutStream::kCapacity) {
+        char* room = stream->buffer + stream->used;
+        stream->used += length;
+        return room;
+    }
+    return qorReserveSlow(context, length);
+}
 // Ends a reservation at `end`: what lies behind it is given back.
-void qorGiveBack(RunContext* context, char* end);
+inline void qorGiveBack(RunContext* context, char* end)
+{
+    context->outStream->used = static_cast<size_t>(end - context->outStream->buffer);
+}
 // Blanks: what "%*s" with an empty string prints for a width, negative widths
 // by their absolute value.
 int qorBlanksSlow(RunContext* context, int width);

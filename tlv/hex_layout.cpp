@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "app/signal.h"
 #include "runtime/context.h"
@@ -41,7 +42,9 @@ private:
     RunContext* context_;
 };
 
-const char* identifierSuffix(bool indefinite, bool flagged)
+// What follows the identifier: the indefinite length octet, and "?" for an
+// element that is reported or repaired.
+std::string_view identifierSuffix(bool indefinite, bool flagged)
 {
     if (indefinite) return flagged ? " ?80" : " 80";
     return flagged ? " ?" : " ";
@@ -90,7 +93,10 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
     if (header > available) {
         signalError(context, kHeaderOverrun, header, available);
     } else {
-        LengthRepair repair = repairLongFormLength(context, element, available, identifier, header);
+        LengthRepair repair = {false, false, header, LENGTH_TRUNCATED, 0};
+        if ((context->toolFlags & TLV_FIX_ENCODING) != 0) {
+            repair = repairLongFormLength(context, element, available, identifier, header);
+        }
         repaired = repair.applied;
         header = repair.header;
         length = repair.lengthSet ? repair.length : read.length;
@@ -113,8 +119,8 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
     const int64_t contentsBound = noShort && shown > 0 ? 2 * static_cast<int64_t>(shown) : kContentsEnd;
     const int64_t most = 2 * static_cast<int64_t>(indent) + 2 * static_cast<int64_t>(lengthEnd) + 40 + contentsBound;
     OutputLine line(context, most > INT32_MAX ? SIZE_MAX : static_cast<size_t>(most));
-    const char* suffix = identifierSuffix(indefinite, stop || repaired);
-    int column = line.blanks(indent) + line.hexDigits(element, 2 * identifier) + line.text(suffix, std::strlen(suffix));
+    const std::string_view suffix = identifierSuffix(indefinite, stop || repaired);
+    int column = line.blanks(indent) + line.hexDigits(element, 2 * identifier) + line.text(suffix.data(), suffix.size());
     if (!indefinite) {
         if (repaired) showOriginalLength(context, element, identifier, true);
         column += line.hexDigits(element + identifier, 2 * (lengthEnd - identifier));

@@ -246,6 +246,11 @@ const uint8_t* nextElementOf(RunContext* context, const Element& element, int32_
 const uint8_t* firstInsideOf(RunContext* context, const Element& element, int32_t& count)
 {
     if (count == 0 || !element.constructed) return nullptr;
+    // A definite length that the data holds: its contents, and nothing to report.
+    if (element.readable() && element.length >= 0 && !element.headerOverruns() && !element.lengthOverruns()) {
+        count = element.length;
+        return count == 0 ? nullptr : element.start() + element.header;
+    }
     int32_t header = reportHeaderLength(context, element);
     if (header < 1) return nullptr;
     bool indefinite = reportContentLength(context, element) == LENGTH_INDEFINITE;
