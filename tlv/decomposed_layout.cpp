@@ -10,6 +10,7 @@
 #include "render/universal_tags.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
+#include "runtime/output_line.h"
 #include "runtime/services.h"
 #include "tlv/end_cache.h"
 #include "tlv/reader.h"
@@ -21,24 +22,23 @@ namespace {
 constexpr int kNameField = 18;
 
 // " hl=%d l=" with the header length.
-int printHeaderLength(RunContext* context, int32_t header)
+int printHeaderLength(OutputLine& line, int32_t header)
 {
-    return qorWrite(context, " hl=", 4) + qorWriteDecimal(context, header) + qorWrite(context, " l=", 3);
+    return line.text(" hl=", 4) + line.decimal(header) + line.text(" l=", 3);
 }
 
 // Header length, length, form and name; returns the characters printed.
-int printElementFields(RunContext* context, const Element& element, int32_t header, int32_t length,
-                       const TagText& name)
+int printElementFields(OutputLine& line, const Element& element, int32_t header, int32_t length, const TagText& name)
 {
-    int column = printHeaderLength(context, header);
+    int column = printHeaderLength(line, header);
     if (length == LENGTH_INDEFINITE) {
-        column += qorWrite(context, "-128", 4);
+        column += line.text("-128", 4);
     } else {
-        column += printRightAligned(context, 4, static_cast<unsigned long>(length));
+        column += line.rightAligned(4, static_cast<unsigned long>(length));
     }
-    column += element.constructed ? qorWrite(context, " cons: ", 7) : qorWrite(context, " prim: ", 7);
-    if (name.text == nullptr) return column + qorWrite(context, "Unknown", 7);
-    return column + qorWrite(context, name.text, static_cast<size_t>(name.length));
+    column += line.text(element.constructed ? " cons: " : " prim: ", 7);
+    if (name.text == nullptr) return column + line.text("Unknown", 7);
+    return column + line.text(name.text, static_cast<size_t>(name.length));
 }
 
 // One PDU of the walk: its element and what the walk knows of it.
@@ -150,6 +150,7 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
     }
 
     int32_t header = reportHeaderLength(context, element);
+    bool lineEnd = false;
     if (header == LENGTH_TRUNCATED || header > available) {
         bad = true;
     } else {
@@ -157,25 +158,34 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
         if (length == LENGTH_TRUNCATED) {
             bad = true;
         } else {
-            qorWrite(context, "\n", 1);
+            lineEnd = true;
         }
     }
     indefinite = length == LENGTH_INDEFINITE;
     if (length >= 0 && length > available - header) length = available - header;
 
-    int column = printRightAligned(context, 3, static_cast<unsigned long>(offset));
-    column += qorWrite(context, ":d=", 3);
-    column += printRightAligned(context, 2, static_cast<unsigned long>(depth));
-    if (header == LENGTH_TRUNCATED) {
-        column += qorWrite(context, " hl= ???", 8);
-    } else if (length == LENGTH_TRUNCATED) {
-        column += printHeaderLength(context, header) + qorWrite(context, " ???", 4);
-    } else {
-        column += printElementFields(context, element, header, length, name);
-        const bool endOfContents = element.tagClass == CLASS_UNIVERSAL && element.tagNumber == 0;
-        if (name.text != nullptr && !endOfContents) nameWidth = name.length + 1;
+    int column = 0;
+    {
+        const size_t nameLength = name.text != nullptr ? static_cast<size_t>(name.length) : 7;
+        OutputLine line(context, nameLength + 96);
+        if (lineEnd) line.character('\n');
+        column = line.rightAligned(3, static_cast<unsigned long>(offset));
+        column += line.text(":d=", 3);
+        column += line.rightAligned(2, static_cast<unsigned long>(depth));
+        if (header == LENGTH_TRUNCATED) {
+            column += line.text(" hl= ???", 8);
+        } else if (length == LENGTH_TRUNCATED) {
+            column += printHeaderLength(line, header) + line.text(" ???", 4);
+        } else {
+            column += printElementFields(line, element, header, length, name);
+            const bool endOfContents = element.tagClass == CLASS_UNIVERSAL && element.tagNumber == 0;
+            if (name.text != nullptr && !endOfContents) nameWidth = name.length + 1;
+        }
+        if ((bad && length == LENGTH_TRUNCATED) || nameWidth == 0) return bad ? 1 : 0;
+        if (!(length == LENGTH_INDEFINITE && element.emptyIndefinite()) && nameWidth < kNameField) {
+            column += line.blanks(kNameField - nameWidth);
+        }
     }
-    if ((bad && length == LENGTH_TRUNCATED) || nameWidth == 0) return bad ? 1 : 0;
 
     if (length == LENGTH_INDEFINITE && element.emptyIndefinite()) {
         bool endOfContents = true;
@@ -183,7 +193,6 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
                                endOfContents);
         return bad ? 1 : 0;
     }
-    if (nameWidth < kNameField) column += qorBlanks(context, kNameField - nameWidth);
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;

@@ -12,6 +12,7 @@
 #include "render/text_block.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
+#include "runtime/output_line.h"
 #include "runtime/services.h"
 #include "tlv/end_cache.h"
 #include "tlv/reader.h"
@@ -26,34 +27,30 @@ constexpr int kLineEnd = 79;
 constexpr int kCopyLimit = 1024;
 
 // The Type field: the name, maybe broken over two lines; returns its width
-// on the element's line.
-int printTypeName(RunContext* context, const TagText& name, int indent)
+// on the element's line. Names are cut to 12 characters, but an
+// application tag stands whole.
+int printTypeName(OutputLine& line, const TagText& name, bool whole, int indent)
 {
-    if (name.text == nullptr) return qorWrite(context, "Unknown", 7);
+    if (name.text == nullptr) return line.text("Unknown", 7);
     std::string_view rest(name.text, static_cast<size_t>(name.length));
+    if (whole) return line.text(rest.data(), rest.size());
     const size_t at = name.row != nullptr ? name.row->split : 0;
     if (at > 0) {
         std::string_view front = rest.substr(0, at);
-        qorWrite(context, front.data(), front.size() < kNameLimit ? front.size() : kNameLimit);
-        qorWrite(context, "\n", 1);
-        qorBlanks(context, indent);
+        line.text(front.data(), front.size() < kNameLimit ? front.size() : kNameLimit);
+        line.character('\n');
+        line.blanks(indent);
         rest = rest.substr(at);
     }
-    return qorWrite(context, rest.data(), rest.size() < kNameLimit ? rest.size() : kNameLimit);
+    return line.text(rest.data(), rest.size() < kNameLimit ? rest.size() : kNameLimit);
 }
 
-// Pads a field to its width; a field wider than that pushes by the excess.
-int padTo(RunContext* context, int width, int printed)
+int printLengthField(OutputLine& line, int32_t length, int32_t shown, bool bad)
 {
-    return qorBlanks(context, width - printed);
-}
-
-int printLengthField(RunContext* context, int32_t length, int32_t shown, bool bad)
-{
-    if (length == LENGTH_INDEFINITE) return qorWrite(context, "indef", 5);
-    if (!bad) return qorWriteDecimal(context, shown);
-    if (length != LENGTH_TRUNCATED) return qorWrite(context, "?", 1) + qorWriteDecimal(context, shown);
-    return qorWrite(context, "???", 3);
+    if (length == LENGTH_INDEFINITE) return line.text("indef", 5);
+    if (!bad) return line.decimal(shown);
+    if (length != LENGTH_TRUNCATED) return line.character('?') + line.decimal(shown);
+    return line.text("???", 3);
 }
 
 }  // namespace
@@ -81,10 +78,12 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
         name = TagText();
     }
 
+    const int indentWidth = indent;
     if ((context->toolFlags & TLV_NO_TITLES) == 0 && titles) {
-        qorWrite(context, "\n", 1);
-        qorBlanks(context, indent);
-        qorWrite(context, "Type         Length  Contents", 29);
+        OutputLine title(context, static_cast<size_t>(indentWidth) + 32);
+        title.character('\n');
+        title.blanks(indentWidth);
+        title.text("Type         Length  Contents", 29);
     }
 
     const int32_t available = element.available();
@@ -93,35 +92,37 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     int32_t header = reportHeaderLength(context, element);
     if (header != LENGTH_TRUNCATED && header <= available) length = reportContentLength(context, element);
     const int32_t shown = length;
+    bool lineEnd = true;
     if (length == LENGTH_TRUNCATED) {
         bad = true;
+        lineEnd = false;
     } else if (length == LENGTH_INDEFINITE) {
         indefinite = true;
-        qorWrite(context, "\n", 1);
     } else if (length > available - header) {
+        // The report of the overrun has ended its line already.
         length = available - header;
         bad = true;
-    } else {
-        qorWrite(context, "\n", 1);
+        lineEnd = false;
     }
 
-    int column = qorBlanks(context, indent);
-    int width;
-    if (element.tagClass == CLASS_APPLICATION) {
-        width = qorPrint(context, "[APPLICATION %d]", element.tagNumber);
-    } else {
-        width = printTypeName(context, name, indent);
-    }
-    column += width;
-    column += padTo(context, kTypeWidth, width);
-    int lengthWidth = printLengthField(context, length, shown, bad);
-    column += lengthWidth + padTo(context, kLengthWidth, lengthWidth);
+    int column = 0;
+    {
+        const size_t nameLength = name.text != nullptr ? static_cast<size_t>(name.length) : 7;
+        OutputLine line(context, 3 * static_cast<size_t>(indentWidth) + 2 * nameLength + 80);
+        if (lineEnd) line.character('\n');
+        column = line.blanks(indentWidth);
+        const int width = printTypeName(line, name, element.tagClass == CLASS_APPLICATION, indentWidth);
+        column += width;
+        column += line.blanks(kTypeWidth - width);
+        const int lengthWidth = printLengthField(line, length, shown, bad);
+        column += lengthWidth + line.blanks(kLengthWidth - lengthWidth);
 
-    if (length == LENGTH_INDEFINITE && element.emptyIndefinite()) {
-        qorWrite(context, "\n", 1);
-        qorBlanks(context, indent);
-        qorWrite(context, "END-OF-CONTENTS", 15);
-        return 0;
+        if (length == LENGTH_INDEFINITE && element.emptyIndefinite()) {
+            line.character('\n');
+            line.blanks(indentWidth);
+            line.text("END-OF-CONTENTS", 15);
+            return 0;
+        }
     }
     if (bad && length == LENGTH_TRUNCATED) return 1;
 
@@ -141,20 +142,23 @@ int printRendered(RunContext* context, const Rendered& value, const UniversalTag
 {
     const bool hex = value.hexForm();
     const size_t size = hex ? 2 * static_cast<size_t>(value.hex().size()) : std::strlen(value.text());
-    auto write = [&](size_t count) {
-        return hex ? qorWriteHexDigits(context, value.hex().data(), static_cast<int32_t>(count))
-                   : qorWrite(context, value.text(), count);
-    };
     int room = kLineEnd - column;
     const bool keepsWidth = row != nullptr && row->keepsWidth && (context->toolFlags & TLV_VALUE_FAILED) == 0;
-    if ((context->toolFlags & TLV_NO_SHORT) != 0) return write(size);
-    if (keepsWidth || context->lineWidth == 0 || context->lineWidth > static_cast<uint32_t>(kCopyLimit)) {
-        room = kCopyLimit;
+    size_t shown = size;
+    bool cut = false;
+    if ((context->toolFlags & TLV_NO_SHORT) == 0) {
+        if (keepsWidth || context->lineWidth == 0 || context->lineWidth > static_cast<uint32_t>(kCopyLimit)) {
+            room = kCopyLimit;
+        }
+        // Too long for the line: cut, and mark the cut with "...". With no
+        // room left at all the mark alone stands for the value.
+        if (size > static_cast<size_t>(room > 0 ? room : 0)) {
+            cut = true;
+            shown = room <= 3 ? 0 : static_cast<size_t>(room - 3);
+        }
     }
-    if (size <= static_cast<size_t>(room > 0 ? room : 0)) return write(size);
-    // Too long for the line: cut, and mark the cut with "...". With no room
-    // left at all the mark alone stands for the value.
-    if (room <= 3) return qorWrite(context, "...", 3);
-    int printed = write(static_cast<size_t>(room - 3));
-    return printed + qorWrite(context, "...", 3);
+    OutputLine line(context, shown + 3);
+    int printed = hex ? line.hexDigits(value.hex().data(), static_cast<int32_t>(shown)) : line.text(value.text(), shown);
+    if (cut) printed += line.text("...", 3);
+    return printed;
 }
