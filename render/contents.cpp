@@ -145,12 +145,13 @@ Rendered renderContents(RunContext* context, const Element& element, const Unive
     }
     if (!element.readable() || element.headerOverruns() || element.tagNumber == -1) return {};
 
-    // The rules in force are BER; probing them must leave them as they were.
-    int rules = qorGetRules(context);
-    int probe = qorSetRules(context, 0);
-    context->encodingRules = rules;
-
-    const bool readable = probe == 0 && row != nullptr && row->pdu != 0 && row->makeText != nullptr;
+    bool readable = row != nullptr && row->pdu != 0 && row->makeText != nullptr;
+    if (readable) {
+        // The rules in force are BER; probing them must leave them as they were.
+        int rules = qorGetRules(context);
+        readable = qorSetRules(context, 0) == 0;
+        context->encodingRules = rules;
+    }
     // An OCTET STRING's text is its contents in hexadecimal; a primitive one
     // that the input holds can't fail to decode.
     if (readable && row->pdu == kOctetStringPdu && plainOctetString(element)) return Rendered(element.contents());

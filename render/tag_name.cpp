@@ -29,6 +29,27 @@ int bracketedName(uint8_t tagClass, int32_t number, TagNameBuffer& buffer)
     return used;
 }
 
+// The names of the context-specific tags that CDRs use most, made once:
+// "[0]" to "[255]".
+struct ContextNames {
+    char text[256][6];
+    uint8_t length[256];
+};
+constexpr ContextNames kContextNames = [] {
+    ContextNames names{};
+    for (int number = 0; number < 256; ++number) {
+        char digits[3];
+        int count = 0;
+        for (int rest = number; count == 0 || rest != 0; rest /= 10) digits[count++] = static_cast<char>('0' + rest % 10);
+        int at = 0;
+        names.text[number][at++] = '[';
+        while (count > 0) names.text[number][at++] = digits[--count];
+        names.text[number][at++] = ']';
+        names.length[number] = static_cast<uint8_t>(at);
+    }
+    return names;
+}();
+
 }  // namespace
 
 const char* universalTagName(int32_t tag)
@@ -58,6 +79,11 @@ TagText elementTagName(RunContext* context, const Element& element, TagNameBuffe
             name.row = row;
             return name;
         }
+    }
+    if (element.tagClass == CLASS_CONTEXT && element.tagNumber >= 0 && element.tagNumber < 256) {
+        name.text = kContextNames.text[element.tagNumber];
+        name.length = kContextNames.length[element.tagNumber];
+        return name;
     }
     name.length = bracketedName(element.tagClass, element.tagNumber, buffer);
     name.text = buffer.text;
