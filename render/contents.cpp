@@ -5,6 +5,7 @@
 
 #include "app/signal.h"
 #include "decoder/decoder.h"
+#include "render/number_text.h"
 #include "render/text_block.h"
 #include "render/universal_tags.h"
 #include "runtime/context.h"
@@ -14,7 +15,9 @@
 
 namespace {
 
+constexpr int kBooleanPdu = 1;
 constexpr int kIntegerPdu = 2;
+constexpr int kNullPdu = 5;
 constexpr int kHugeIntegerPdu = 23;
 constexpr int kOctetStringPdu = 4;
 constexpr int32_t kHugeIntegerFrom = 5;  // contents octets that need PDU 23
@@ -62,13 +65,50 @@ bool wholeDefinite(const Element& element)
     return element.length >= 0 && !element.lengthOverruns();
 }
 
-// A primitive OCTET STRING that the decoder takes as it stands: a one-octet
-// identifier and at most four length octets. Nothing in its contents can make
-// its decode fail.
-bool plainOctetString(const Element& element)
+// A primitive element whose header the decoder takes as it stands: a
+// one-octet identifier and at most four length octets. For OCTET STRING
+// nothing in the contents can make its decode fail then.
+bool plainPrimitive(const Element& element)
 {
     return !element.constructed && wholeDefinite(element) && element.identifier == 1 &&
            element.header - element.identifier - 1 <= 4;
+}
+
+// BOOLEAN, NULL and an INTEGER of up to four octets: their texts made from
+// the contents as the decoder would take them (BOOLEAN: one octet, any
+// non-zero one is TRUE; NULL: none; INTEGER: minimal two's complement).
+// False for contents the decoder refuses: those take the decoder's road.
+bool simpleValue(RunContext* context, const UniversalTag& row, const Element& element, Rendered& result)
+{
+    const OctetView contents = element.contents();
+    const uint8_t* octets = contents.data();
+    const int32_t size = contents.size();
+    switch (row.pdu) {
+        case kBooleanPdu:
+            if (size != 1) return false;
+            result = octets[0] != 0 ? Rendered::shortText("TRUE", 4) : Rendered::shortText("FALSE", 5);
+            return true;
+        case kNullPdu:
+            if (size != 0) return false;
+            result = Rendered::shortText("NULL", 4);
+            return true;
+        case kIntegerPdu: {
+            if (size == 0 || size >= kHugeIntegerFrom) return false;
+            // The first nine bits all equal: needlessly long.
+            if (size > 1 && ((octets[0] == 0 && (octets[1] & 0x80) == 0) || (octets[0] == 0xFF && (octets[1] & 0x80) != 0))) {
+                return false;
+            }
+            uint32_t value = (octets[0] & 0x80) != 0 ? 0xFFFFFFFFu : 0;
+            for (int32_t i = 0; i < size; ++i) value = (value << 8) | octets[i];
+            char text[Rendered::kShortest];
+            const size_t length =
+                shortIntegerChars(static_cast<int32_t>(value), (context->toolFlags & TLV_NO_ADDITION) != 0, text);
+            result = Rendered::shortText(text, length);
+            return true;
+        }
+        default:
+            return false;
+    }
 }
 
 // Makes the text of a universal tag through the decoder; returns a failure.
@@ -121,8 +161,10 @@ Rendered::~Rendered()
 }
 
 Rendered::Rendered(Rendered&& other) noexcept
-    : context_(other.context_), text_(std::exchange(other.text_, nullptr)), hex_(other.hex_), hexForm_(other.hexForm_)
+    : context_(other.context_), text_(std::exchange(other.text_, nullptr)), size_(other.size_), hex_(other.hex_),
+      hexForm_(other.hexForm_), inline_(other.inline_)
 {
+    std::memcpy(small_, other.small_, sizeof small_);
 }
 
 Rendered& Rendered::operator=(Rendered&& other) noexcept
@@ -131,10 +173,23 @@ Rendered& Rendered::operator=(Rendered&& other) noexcept
         if (text_ != nullptr) qorFree(context_, text_);
         context_ = other.context_;
         text_ = std::exchange(other.text_, nullptr);
+        size_ = other.size_;
         hex_ = other.hex_;
         hexForm_ = other.hexForm_;
+        inline_ = other.inline_;
+        std::memcpy(small_, other.small_, sizeof small_);
     }
     return *this;
+}
+
+Rendered Rendered::shortText(const char* text, size_t size)
+{
+    Rendered result;
+    result.inline_ = true;
+    result.size_ = size < kShortest - 1 ? size : kShortest - 1;
+    std::memcpy(result.small_, text, result.size_);
+    result.small_[result.size_] = '\0';
+    return result;
 }
 
 Rendered renderContents(RunContext* context, const Element& element, const UniversalTag* row)
@@ -146,6 +201,10 @@ Rendered renderContents(RunContext* context, const Element& element, const Unive
     if (!element.readable() || element.headerOverruns() || element.tagNumber == -1) return {};
 
     bool readable = row != nullptr && row->pdu != 0 && row->makeText != nullptr;
+    if (readable && row->pdu <= kNullPdu && plainPrimitive(element)) {
+        Rendered simple;
+        if (simpleValue(context, *row, element, simple)) return simple;
+    }
     if (readable) {
         // The rules in force are BER; probing them must leave them as they were.
         int rules = qorGetRules(context);
@@ -154,7 +213,7 @@ Rendered renderContents(RunContext* context, const Element& element, const Unive
     }
     // An OCTET STRING's text is its contents in hexadecimal; a primitive one
     // that the input holds can't fail to decode.
-    if (readable && row->pdu == kOctetStringPdu && plainOctetString(element)) return Rendered(element.contents());
+    if (readable && row->pdu == kOctetStringPdu && plainPrimitive(element)) return Rendered(element.contents());
     // What has no readable form shows its contents as they are.
     if (!readable && wholeDefinite(element)) {
         return element.length == 0 ? Rendered() : Rendered(element.contents());
@@ -196,6 +255,6 @@ char* renderContents(RunContext* context, const uint8_t* start, int32_t availabl
     const UniversalTag* row = element.tagClass == CLASS_UNIVERSAL ? universalTag(element.tagNumber) : nullptr;
     Rendered rendered = renderContents(context, element, row);
     if (!rendered.present()) return nullptr;
-    if (!rendered.hexForm()) return newText(context, rendered.text(), std::strlen(rendered.text()));
+    if (!rendered.hexForm()) return newText(context, rendered.text(), rendered.textSize());
     return hexText(context, rendered.hex().data(), shownOctets(context, rendered.hex().size()));
 }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "tlv/octet_view.h"
 
@@ -28,24 +29,32 @@ using TextMaker = int (*)(RunContext* context, const RenderInput& input, const v
 class Rendered {
 public:
     Rendered() = default;
-    Rendered(RunContext* context, char* text) : context_(context), text_(text) {}
+    Rendered(RunContext* context, char* text) : context_(context), text_(text), size_(text != nullptr ? std::strlen(text) : 0) {}
     explicit Rendered(OctetView hex) : hex_(hex), hexForm_(true) {}
+    // A short text kept in the result itself.
+    static Rendered shortText(const char* text, size_t size);
     ~Rendered();
     Rendered(Rendered&& other) noexcept;
     Rendered& operator=(Rendered&& other) noexcept;
     Rendered(const Rendered&) = delete;
     Rendered& operator=(const Rendered&) = delete;
 
-    bool present() const { return text_ != nullptr || hexForm_; }
+    bool present() const { return text_ != nullptr || size_ != 0 || hexForm_ || inline_; }
     bool hexForm() const { return hexForm_; }
-    const char* text() const { return text_; }
+    const char* text() const { return inline_ ? small_ : text_; }
+    size_t textSize() const { return size_; }
     OctetView hex() const { return hex_; }
+
+    static constexpr size_t kShortest = 48;
 
 private:
     RunContext* context_ = nullptr;
-    char* text_ = nullptr;
+    char* text_ = nullptr;  // a block from qorAlloc, owned
+    size_t size_ = 0;
     OctetView hex_;
     bool hexForm_ = false;
+    bool inline_ = false;
+    char small_[kShortest] = {};
 };
 
 // Sets TLV_VALUE_FAILED when the encoding of the value is at fault. `row` is

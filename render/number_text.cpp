@@ -24,29 +24,51 @@ int textOrNoMemory(RunContext* context, const std::string& made, char*& text)
 
 }  // namespace
 
-std::string shortIntegerText(int32_t value, bool noAddition)
+size_t shortIntegerChars(int32_t value, bool noAddition, char* out)
 {
-    std::string text = std::to_string(value);
-    if (noAddition) return text;
-    char hex[16];
-    std::snprintf(hex, sizeof hex, "%02x", static_cast<uint32_t>(value));
-    std::string digits = hex;
-    std::string prefix;
-    if (text[0] != '-') {
-        if (digits.size() % 2 != 0) {
-            prefix = "0";
-        } else if (digits[0] >= '8') {
-            prefix = "00";
+    char digits[24];
+    char* end = digits + sizeof digits;
+    char* start = decimalDigits(end, value);
+    size_t size = static_cast<size_t>(end - start);
+    std::memcpy(out, start, size);
+    if (noAddition) return size;
+    // The additional value: whole octets of hexadecimal. A positive value
+    // gets a 0 in front when its first digit would read as a sign; a
+    // negative one drops its leading f digits, but keeps one f, or a whole
+    // ff octet when an even count was dropped, so the sign still shows.
+    static constexpr char kDigits[] = "0123456789abcdef";
+    char hex[8];
+    const auto bits = static_cast<uint32_t>(value);
+    int count = 8;
+    for (int i = 0; i < 8; ++i) hex[i] = kDigits[(bits >> (28 - 4 * i)) & 0xF];
+    int first = 0;
+    std::memcpy(out + size, " (0x", 4);
+    size += 4;
+    if (value >= 0) {
+        while (first < 7 && hex[first] == '0') ++first;
+        if ((count - first) % 2 != 0) {
+            out[size++] = '0';
+        } else if (hex[first] >= '8') {
+            out[size++] = '0';
+            out[size++] = '0';
         }
     } else {
-        // Leading f digits go; an even count dropped leaves a full 0xff octet
-        // in front, so the first digit still shows the sign.
-        size_t dropped = digits.find_first_not_of('f');
-        if (dropped == std::string::npos) dropped = digits.size();
-        digits.erase(0, dropped);
-        if (dropped != 0) prefix = dropped % 2 != 0 ? "f" : "ff";
+        while (first < count && hex[first] == 'f') ++first;
+        if (first != 0) {
+            out[size++] = 'f';
+            if (first % 2 == 0) out[size++] = 'f';
+        }
     }
-    return text + " (0x" + prefix + digits + ")";
+    std::memcpy(out + size, hex + first, static_cast<size_t>(count - first));
+    size += static_cast<size_t>(count - first);
+    out[size++] = ')';
+    return size;
+}
+
+std::string shortIntegerText(int32_t value, bool noAddition)
+{
+    char text[48];
+    return std::string(text, shortIntegerChars(value, noAddition, text));
 }
 
 char* hugeIntegerHex(RunContext* context, const uint8_t* octets, int32_t length)

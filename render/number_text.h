@@ -25,6 +25,8 @@ const char* qorRealClassName(int realClass);
 void fixDecimalPoint(char* text);
 // "%d" of an INTEGER, with its additional value unless `noAddition`.
 std::string shortIntegerText(int32_t value, bool noAddition);
+// The same into `out` (room for 40 characters); returns its length.
+size_t shortIntegerChars(int32_t value, bool noAddition, char* out);
 
 int booleanText(RunContext* context, const RenderInput& input, const void* value, char*& text);
 int nullText(RunContext* context, const RenderInput& input, const void* value, char*& text);

@@ -141,7 +141,7 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
 int printRendered(RunContext* context, const Rendered& value, const UniversalTag* row, int column)
 {
     const bool hex = value.hexForm();
-    const size_t size = hex ? 2 * static_cast<size_t>(value.hex().size()) : std::strlen(value.text());
+    const size_t size = hex ? 2 * static_cast<size_t>(value.hex().size()) : value.textSize();
     int room = kLineEnd - column;
     const bool keepsWidth = row != nullptr && row->keepsWidth && (context->toolFlags & TLV_VALUE_FAILED) == 0;
     size_t shown = size;
