@@ -5,6 +5,7 @@
 
 #include "app/signal.h"
 #include "decoder/decoder.h"
+#include "decoder/values.h"
 #include "render/number_text.h"
 #include "render/text_block.h"
 #include "render/universal_tags.h"
@@ -18,6 +19,8 @@ namespace {
 constexpr int kBooleanPdu = 1;
 constexpr int kIntegerPdu = 2;
 constexpr int kNullPdu = 5;
+constexpr int kObjectIdentifierPdu = 6;
+constexpr int kIa5StringPdu = 13;
 constexpr int kHugeIntegerPdu = 23;
 constexpr int kOctetStringPdu = 4;
 constexpr int32_t kHugeIntegerFrom = 5;  // contents octets that need PDU 23
@@ -111,6 +114,38 @@ bool simpleValue(RunContext* context, const UniversalTag& row, const Element& el
     }
 }
 
+// An IA5String or an OBJECT IDENTIFIER in one primitive segment: the decoded
+// value would be its contents as they stand, so the text maker takes them
+// from the input. False when the decoder would refuse them (IA5String: an
+// octet above 127; OBJECT IDENTIFIER: no octet, or a last subidentifier
+// that doesn't end) or the text can't be made: those take the decoder's road.
+bool directText(RunContext* context, const UniversalTag& row, const Element& element, Rendered& result)
+{
+    const OctetView contents = element.contents();
+    const uint8_t* octets = contents.data();
+    const int32_t size = contents.size();
+    RenderInput input = {element.start(), element.available(), element.length};
+    char* text = nullptr;
+    if (row.pdu == kIa5StringPdu) {
+        for (int32_t i = 0; i < size; ++i) {
+            if (octets[i] > 0x7F) return false;
+        }
+        const CountedValue value = {static_cast<uint32_t>(size), size > 0 ? octets : nullptr};
+        if (row.makeText(context, input, &value, text) != 0) return false;
+    } else if (row.pdu == kObjectIdentifierPdu) {
+        if (size == 0 || size > 0xFFFF || (octets[size - 1] & 0x80) != 0) return false;
+        const EncodedOid value = {static_cast<uint16_t>(size), octets};
+        if (row.makeText(context, input, &value, text) != 0) {
+            qorFree(context, text);
+            return false;
+        }
+    } else {
+        return false;
+    }
+    result = Rendered(context, text);
+    return text != nullptr;
+}
+
 // Makes the text of a universal tag through the decoder; returns a failure.
 int decodedText(RunContext* context, const UniversalTag& row, const Element& element, char*& text)
 {
@@ -201,9 +236,10 @@ Rendered renderContents(RunContext* context, const Element& element, const Unive
     if (!element.readable() || element.headerOverruns() || element.tagNumber == -1) return {};
 
     bool readable = row != nullptr && row->pdu != 0 && row->makeText != nullptr;
-    if (readable && row->pdu <= kNullPdu && plainPrimitive(element)) {
+    if (readable && plainPrimitive(element)) {
         Rendered simple;
-        if (simpleValue(context, *row, element, simple)) return simple;
+        if (row->pdu <= kNullPdu && simpleValue(context, *row, element, simple)) return simple;
+        if (directText(context, *row, element, simple)) return simple;
     }
     if (readable) {
         // The rules in force are BER; probing them must leave them as they were.
