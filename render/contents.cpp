@@ -199,7 +199,7 @@ Rendered::Rendered(Rendered&& other) noexcept
     : context_(other.context_), text_(std::exchange(other.text_, nullptr)), size_(other.size_), hex_(other.hex_),
       hexForm_(other.hexForm_), inline_(other.inline_)
 {
-    std::memcpy(small_, other.small_, sizeof small_);
+    if (inline_) std::memcpy(small_, other.small_, size_ + 1);
 }
 
 Rendered& Rendered::operator=(Rendered&& other) noexcept
@@ -212,7 +212,7 @@ Rendered& Rendered::operator=(Rendered&& other) noexcept
         hex_ = other.hex_;
         hexForm_ = other.hexForm_;
         inline_ = other.inline_;
-        std::memcpy(small_, other.small_, sizeof small_);
+        if (inline_) std::memcpy(small_, other.small_, size_ + 1);
     }
     return *this;
 }

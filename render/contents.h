@@ -54,7 +54,7 @@ private:
     OctetView hex_;
     bool hexForm_ = false;
     bool inline_ = false;
-    char small_[kShortest] = {};
+    char small_[kShortest];  // read only when inline_
 };
 
 // Sets TLV_VALUE_FAILED when the encoding of the value is at fault. `row` is

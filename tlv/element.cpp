@@ -87,7 +87,7 @@ Element readElement(OctetView whole)
     return element;
 }
 
-int32_t reportHeaderLength(RunContext* context, const Element& element)
+int32_t reportHeaderLengthSlow(RunContext* context, const Element& element)
 {
     if (element.identifier == LENGTH_TRUNCATED) {
         signalError(context, kPrematureEnd, reinterpret_cast<intptr_t>(element.start()), element.available());
@@ -98,7 +98,7 @@ int32_t reportHeaderLength(RunContext* context, const Element& element)
     return element.header;
 }
 
-int32_t reportContentLength(RunContext* context, const Element& element)
+int32_t reportContentLengthSlow(RunContext* context, const Element& element)
 {
     int32_t header = reportHeaderLength(context, element);
     if (header == LENGTH_TRUNCATED) return LENGTH_TRUNCATED;

@@ -77,7 +77,20 @@ inline Element readElement(const uint8_t* start, int32_t available)
 // returns what the reader routine of the same name returns.
 // headerLength: code 17 when the identifier runs off the data, 38 when the
 // length octets do.
-int32_t reportHeaderLength(RunContext* context, const Element& element);
+int32_t reportHeaderLengthSlow(RunContext* context, const Element& element);
+inline int32_t reportHeaderLength(RunContext* context, const Element& element)
+{
+    if (element.readable() && !element.headerOverruns()) return element.header;  // nothing to report
+    return reportHeaderLengthSlow(context, element);
+}
 // contentLength: the same, then 17 when the length octets run off and 35
 // when the length exceeds the data.
-int32_t reportContentLength(RunContext* context, const Element& element);
+int32_t reportContentLengthSlow(RunContext* context, const Element& element);
+inline int32_t reportContentLength(RunContext* context, const Element& element)
+{
+    if (element.readable() && !element.headerOverruns() && element.length != LENGTH_TRUNCATED &&
+        !element.lengthOverruns()) {
+        return element.length;  // nothing to report
+    }
+    return reportContentLengthSlow(context, element);
+}
