@@ -129,8 +129,7 @@ int32_t skipPadding(RunContext* context, const uint8_t*& cursor, int32_t& count)
     // A negative -pad value is no octet: nothing equals it.
     if (context->padByteSpec - 1 > 0xFF) return 0;
     auto pad = static_cast<uint8_t>(context->padByteSpec - 1);
-    int32_t skipped = 0;
-    while (skipped < count && cursor[skipped] == pad) ++skipped;
+    const int32_t skipped = OctetView(cursor, count).spanOf(pad);
     if (skipped == 0) return 0;
     qorPrint(context, "\n\nPadding byte '0x%s%X' detected, skipping %ld bytes ...\n\n",
              pad < 16 ? "0" : "", pad, static_cast<long>(skipped));
