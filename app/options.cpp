@@ -37,6 +37,7 @@ enum OptionNumber : int16_t {
     OPT_NO_CDR_HEADERS = 17,
     OPT_PEM = 18,
     OPT_BASE64 = 19,
+    OPT_LONG_HELP = 20,
 };
 
 struct OptionRow {
@@ -66,6 +67,8 @@ constexpr OptionRow kOptions[] = {
     {"-nocdrheaders", OPT_NO_CDR_HEADERS, 4},
     // Extensions stand behind every row above: the first match wins, so no
     // abbreviation above changes its meaning ("-p" is -pad, "-b" -binary).
+    // --help is whole or nothing; --version is answered before the loop.
+    {"--help", OPT_LONG_HELP, 6},
     {"-pem", OPT_PEM, 3},
     {"-base64", OPT_BASE64, 3},
     {"", OPT_NONE, 0},
@@ -239,6 +242,7 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
                 at = takePadByte(context, argc, argv, at);
                 break;
             case OPT_HELP:
+            case OPT_LONG_HELP:
                 printHelp(context);
                 return OptionsOutcome::Finished;
             default:
