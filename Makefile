@@ -17,7 +17,7 @@ build: configure
 # Only the program: the unit tests are built by `make test`.
 run: configure
 	@cmake --build $(BUILD) -j $(JOBS) --target qortlv
-	./$(BUILD)/qortlv -syntax examples/certificate.der
+	$(BUILD)/qortlv -syntax examples/certificate.der
 
 test: build
 	cd $(BUILD) && ctest --output-on-failure
