@@ -37,7 +37,6 @@ enum OptionNumber : int16_t {
     OPT_NO_CDR_HEADERS = 17,
     OPT_PEM = 18,
     OPT_BASE64 = 19,
-    OPT_LONG_HELP = 20,
 };
 
 struct OptionRow {
@@ -68,7 +67,7 @@ constexpr OptionRow kOptions[] = {
     // Extensions stand behind every row above: the first match wins, so no
     // abbreviation above changes its meaning ("-p" is -pad, "-b" -binary).
     // --help is whole or nothing; --version is answered before the loop.
-    {"--help", OPT_LONG_HELP, 6},
+    {"--help", OPT_HELP, 6},
     {"-pem", OPT_PEM, 3},
     {"-base64", OPT_BASE64, 3},
     {"", OPT_NONE, 0},
@@ -242,7 +241,6 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
                 at = takePadByte(context, argc, argv, at);
                 break;
             case OPT_HELP:
-            case OPT_LONG_HELP:
                 printHelp(context);
                 return OptionsOutcome::Finished;
             default:
