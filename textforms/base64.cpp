@@ -19,11 +19,11 @@ constexpr Base64Values kValues = [] {
         table.value['a' + i] = static_cast<uint8_t>(26 + i);
     }
     for (int i = 0; i < 10; ++i) table.value['0' + i] = static_cast<uint8_t>(52 + i);
-    table.value['+'] = 62;
-    table.value['-'] = 62;
-    table.value['/'] = 63;
-    table.value['_'] = 63;
-    table.value['='] = kPadding;
+    table.value[static_cast<uint8_t>('+')] = 62;
+    table.value[static_cast<uint8_t>('-')] = 62;
+    table.value[static_cast<uint8_t>('/')] = 63;
+    table.value[static_cast<uint8_t>('_')] = 63;
+    table.value[static_cast<uint8_t>('=')] = kPadding;
     constexpr char kSpaces[] = " \t\r\n\v\f";
     for (char c : kSpaces) {
         if (c != '\0') table.value[static_cast<uint8_t>(c)] = kWhiteSpace;
