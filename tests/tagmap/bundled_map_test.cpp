@@ -2,25 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <string>
 
+#include "tests/tagmap/tag_path.h"
+
 namespace {
-
-struct Step {
-    int tagClass;
-    uint32_t number;
-};
-
-constexpr int U = kClassUniversal;
-constexpr int C = kClassContext;
-
-const TagNode* at(const TagMap& map, std::initializer_list<Step> path)
-{
-    const TagNode* node = map.root();
-    for (const Step& step : path) node = map.child(node, step.tagClass, step.number);
-    return node;
-}
 
 struct BundledMapTest : ::testing::Test {
     TagMap map;
@@ -63,11 +49,7 @@ TEST_F(BundledMapTest, PgwRecordFieldsCarryTheirNamesAndForms)
         {{{C, 70}, {C, 27}}, "sgsnPLMNIdentifier", ValueForm::PlmnId},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.field);
-        const TagNode* node = at(map, row.path);
-        ASSERT_NE(node, nullptr);
-        EXPECT_EQ(node->field, row.field);
-        EXPECT_EQ(node->form, row.form);
+        EXPECT_EQ(named(at(map, row.path)), (Named{row.field, row.form}));
     }
     EXPECT_EQ(at(map, {{C, 79}, {C, 1}}), nullptr);  // PGWRecord has no [1]
     EXPECT_EQ(at(map, {{C, 80}}), nullptr);
