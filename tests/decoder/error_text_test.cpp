@@ -45,10 +45,8 @@ TEST_F(ErrorTextTest, ArgumentForms)
         {RT_ALPHABET, '*', "D0064S: Permitted alphabet constraint violated, bad character: '*'.\n"},
         {RT_ALPHABET, ' ', "D0064S: Permitted alphabet constraint violated, bad character: ' '.\n"},
         {RT_ALPHABET, 0x7F, "D0064S: Permitted alphabet constraint violated, bad character: {0,0,0,127}.\n"},
-        {RT_ALPHABET, 0x80, "D0064S: Permitted alphabet constraint violated, bad character: {0,0,0,128}.\n"},
         {RT_ALPHABET, 0x0001F600, "D0064S: Permitted alphabet constraint violated, bad character: {0,1,246,0}.\n"},
         // Form 6: a string in quotes, cut from 128 characters on.
-        {RT_PROPERTY_SETTINGS, ErrorArgument::ofText("2016-02-30"), "D0326S: PropertySettings constraint violated: '2016-02-30'.\n"},
         {RT_PROPERTY_SETTINGS, ErrorArgument::ofText(long127.c_str()),
          "D0326S: PropertySettings constraint violated: '" + long127 + "'.\n"},
         {RT_PROPERTY_SETTINGS, ErrorArgument::ofText(long128.c_str()),
@@ -110,7 +108,6 @@ TEST_F(ErrorTextTest, TextsThatDontFitAreCut)
         {RT_PDU_RANGE, 37, "D0003S: PDU number not in range: 0.\n", 0},
         {RT_PDU_RANGE, 36, "D0003S: PDU number not in range...\n", 1},
         {RT_PDU_RANGE, 20, "D0003S: PDU num...\n", 1},
-        {RT_PDU_END_OF_INPUT, 20, "D0122S: End of ...\n", 1},
         {RT_PDU_RANGE, 3, "", 1},
     };
     for (const auto& row : rows) {

@@ -10,7 +10,9 @@
 namespace {
 
 // Names as the defining documents give them (the ASN.1 modules of the RFCs
-// named in each row, Microsoft's and Netscape's documentation).
+// named in each row, Microsoft's and Netscape's documentation): a sample
+// across the arcs' shapes, a name and the name of an arc below it, and
+// names that are no lowerCamelCase.
 TEST(BuiltinOids, NamesOidsAsTheirDocumentsDo)
 {
     const struct {
@@ -18,57 +20,21 @@ TEST(BuiltinOids, NamesOidsAsTheirDocumentsDo)
         const char* name;
     } rows[] = {
         {"2.5.4.3", "id-at-commonName"},                     // RFC 5280
-        {"2.5.4.6", "id-at-countryName"},                    // RFC 5280
-        {"2.5.4.10", "id-at-organizationName"},              // RFC 5280
-        {"2.5.4.11", "id-at-organizationalUnitName"},        // RFC 5280
         {"2.5.4.97", "id-at-organizationIdentifier"},        // X.520
         {"0.9.2342.19200300.100.1.25", "id-domainComponent"},  // RFC 5280
         {"1.2.840.113549.1.9.1", "pkcs-9-at-emailAddress"},  // RFC 2985
-        {"2.5.29.14", "id-ce-subjectKeyIdentifier"},         // RFC 5280
-        {"2.5.29.15", "id-ce-keyUsage"},
-        {"2.5.29.17", "id-ce-subjectAltName"},
-        {"2.5.29.19", "id-ce-basicConstraints"},
-        {"2.5.29.31", "id-ce-cRLDistributionPoints"},
-        {"2.5.29.32", "id-ce-certificatePolicies"},
-        {"2.5.29.32.0", "anyPolicy"},
-        {"2.5.29.35", "id-ce-authorityKeyIdentifier"},
-        {"2.5.29.37", "id-ce-extKeyUsage"},
-        {"1.3.6.1.5.5.7.1.1", "id-pe-authorityInfoAccess"},
-        {"1.3.6.1.5.5.7.2.1", "id-qt-cps"},
-        {"1.3.6.1.5.5.7.2.2", "id-qt-unotice"},
-        {"1.3.6.1.5.5.7.3.1", "id-kp-serverAuth"},
-        {"1.3.6.1.5.5.7.3.2", "id-kp-clientAuth"},
-        {"1.3.6.1.5.5.7.3.9", "id-kp-OCSPSigning"},
+        {"2.5.29.32.0", "anyPolicy"},                        // RFC 5280
         {"1.3.6.1.5.5.7.3.36", "id-kp-documentSigning"},     // RFC 9336
-        {"1.3.6.1.5.5.7.48.1", "id-ad-ocsp"},
-        {"1.3.6.1.5.5.7.48.2", "id-ad-caIssuers"},
+        {"1.3.6.1.5.5.7.48.1", "id-ad-ocsp"},                 // RFC 5280
         {"1.3.6.1.5.5.7.48.1.1", "id-pkix-ocsp-basic"},      // RFC 6960
-        {"1.3.6.1.5.5.7.48.1.2", "id-pkix-ocsp-nonce"},
-        {"1.2.840.113549.1.1.1", "rsaEncryption"},           // RFC 8017
-        {"1.2.840.113549.1.1.8", "id-mgf1"},
-        {"1.2.840.113549.1.1.10", "id-RSASSA-PSS"},
-        {"1.2.840.113549.1.1.11", "sha256WithRSAEncryption"},
-        {"1.2.840.113549.1.5.12", "id-PBKDF2"},              // RFC 8018
-        {"1.2.840.113549.1.5.13", "id-PBES2"},
-        {"1.2.840.113549.1.7.2", "id-signedData"},           // RFC 5652
-        {"1.2.840.113549.1.9.3", "id-contentType"},
-        {"1.2.840.113549.1.9.4", "id-messageDigest"},
-        {"1.2.840.113549.1.9.16.1.4", "id-ct-TSTInfo"},      // RFC 3161
+        {"1.2.840.113549.1.1.11", "sha256WithRSAEncryption"},  // RFC 8017
         {"1.2.840.113549.1.9.16.2.47", "id-aa-signingCertificateV2"},  // RFC 5035
-        {"1.2.840.113549.1.12.10.1.2", "pkcs8ShroudedKeyBag"},         // RFC 7292
         {"1.3.14.3.2.26", "id-sha1"},                        // RFC 3279
         {"2.16.840.1.101.3.4.2.1", "id-sha256"},             // RFC 5754
-        {"2.16.840.1.101.3.4.2.10", "id-sha3-512"},
-        {"2.16.840.1.101.3.4.1.2", "id-aes128-CBC"},         // RFC 3565
-        {"2.16.840.1.101.3.4.1.46", "id-aes256-GCM"},        // RFC 5084
         {"2.16.840.1.101.3.4.3.18", "id-ml-dsa-65"},         // RFC 9881
-        {"2.16.840.1.101.3.4.4.2", "id-alg-ml-kem-768"},
-        {"1.2.840.10045.2.1", "id-ecPublicKey"},             // RFC 5480
-        {"1.2.840.10045.4.3.2", "ecdsa-with-SHA256"},        // RFC 5758
         {"1.2.840.10045.3.1.7", "secp256r1"},                // RFC 5480
-        {"1.3.132.0.34", "secp384r1"},
-        {"1.3.101.110", "id-X25519"},                        // RFC 8410
-        {"1.3.101.112", "id-Ed25519"},
+        {"1.3.132.0.34", "secp384r1"},                       // RFC 5480
+        {"1.3.101.112", "id-Ed25519"},                        // RFC 8410
         {"1.3.6.1.4.1.311.21.7", "szOID_CERTIFICATE_TEMPLATE"},
         {"2.16.840.1.113730.1.1", "netscape-cert-type"},
     };
@@ -79,15 +45,6 @@ TEST(BuiltinOids, NamesOidsAsTheirDocumentsDo)
     }
 }
 
-TEST(BuiltinOids, LooksUpTheOctetsOfAnElementInPlace)
-{
-    // An AlgorithmIdentifier as a certificate holds it: the OID's contents
-    // are named where they stand, without a copy.
-    const uint8_t element[] = {0x30, 0x0D, 0x06, 0x09, 0x2A, 0x86, 0x48, 0x86, 0xF7,
-                               0x0D, 0x01, 0x01, 0x0B, 0x05, 0x00};
-    EXPECT_EQ(std::string("sha256WithRSAEncryption"), findBuiltinOidName(std::span(element).subspan(4, 9)));
-}
-
 TEST(BuiltinOids, UnknownOidsHaveNoName)
 {
     const std::vector<std::vector<uint8_t>> unknown = {
@@ -95,7 +52,6 @@ TEST(BuiltinOids, UnknownOidsHaveNoName)
         {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01, 0x63},  // 1.2.840.113549.1.1.99
         {0x2A, 0x86, 0x48, 0x86, 0xF7, 0x0D, 0x01, 0x01, 0x0B, 0x00},  // one arc longer
         {0x2A, 0x86, 0x48, 0x86, 0xF7},  // cut inside a subidentifier
-        {0xFF},
         {0x00, 0x00, 0x00},
     };
     for (const auto& octets : unknown) EXPECT_EQ("", findBuiltinOidName(octets)) << ::testing::PrintToString(octets);

@@ -2,14 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <sstream>
-#include <string>
 
 #include "decoder/control_table.h"
-#include "runtime/output.h"
 #include "tests/test_context.h"
 
 namespace {
@@ -27,7 +22,6 @@ TEST(RunContextStart, CodesOfAFailedStart)
         {15, true, 20},
         {14, false, 7},
         {16, false, 7},
-        {0, false, 7},
     };
     for (const auto& row : rows) {
         ControlTable table = *builtinControlTable();
@@ -57,33 +51,6 @@ TEST(RunContextRules, OnlyBerIsLinked)
     EXPECT_EQ(0, qorGetRules(run.get()));
     EXPECT_EQ(-1, qorGetRules(nullptr));
     EXPECT_EQ(6, qorSetRules(nullptr, 0));
-}
-
-std::string fileText(const char* path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-TEST(RunContextStop, AnOpenOutputFileIsClosedAndTheConsoleIsBack)
-{
-    TestContext run;
-    RunContext* context = run.get();
-    OutStream* console = context->outStream;
-    const char* path = "qortlv-context-stop.txt";
-    qorPrint(context, "before ");
-    ASSERT_EQ(0, openOutputFile(context, path));
-    qorPrint(context, "in the file");
-    qorStopContext(context);
-    EXPECT_EQ(console, context->outStream);
-    EXPECT_EQ(nullptr, context->savedOutStream);
-    // A stopped context still prints, to the stream it had before the file.
-    EXPECT_EQ(5, qorPrint(context, "after"));
-    EXPECT_EQ("before after", run.output());
-    EXPECT_EQ("in the file", fileText(path));
-    std::remove(path);
 }
 
 }  // namespace

@@ -47,27 +47,41 @@ struct MemoryTest : ::testing::Test {
     void TearDown() override { EXPECT_EQ(0, CountingContext::live) << "blocks left behind"; }
 };
 
-// Inputs whose decode takes several blocks: value blocks, scratch blocks
-// and the two block tables.
+// Decodes of each memory form, and the blocks the value holds after it: the
+// slot, and the block behind its pointer when there is one. Those in
+// segments or with a text rebuilt also take scratch blocks and block tables
+// on the way.
 const struct {
     const char* what;
     int pdu;
     Octets octets;
+    long blocks;
 } kDecodes[] = {
-    {"INTEGER", 2, {0x02, 0x01, 0x05}},
-    {"OCTET STRING in segments", 4, {0x24, 0x80, 0x04, 0x01, 0x41, 0x24, 0x80, 0x04, 0x01, 0x42, 0x00, 0x00, 0x00, 0x00}},
-    {"BMPString", 18, {0x1E, 0x04, 0x00, 0x41, 0x00, 0xE9}},
-    {"PrintableString", 10, {0x13, 0x02, 'O', 'K'}},
-    {"DATE", 25, {0x1F, 0x1F, 0x08, '2', '0', '1', '6', '0', '2', '2', '9'}},
-    {"DURATION", 28, {0x1F, 0x22, 0x02, '1', 'Y'}},
-    {"UTCTime", 21, {0x17, 0x0D, '1', '6', '0', '2', '2', '6', '1', '2', '3', '0', '4', '5', 'Z'}},
+    {"INTEGER in its slot", 2, {0x02, 0x01, 0x05}, 1},
+    {"empty OCTET STRING, null pointer", 4, {0x04, 0x00}, 1},
+    {"OCTET STRING", 4, {0x04, 0x01, 0x41}, 2},
+    {"OCTET STRING in segments", 4,
+     {0x24, 0x80, 0x04, 0x01, 0x41, 0x24, 0x80, 0x04, 0x01, 0x42, 0x00, 0x00, 0x00, 0x00}, 2},
+    {"OBJECT IDENTIFIER", 6, {0x06, 0x01, 0x2A}, 2},
+    {"long INTEGER", 23, {0x02, 0x05, 0x01, 0x02, 0x03, 0x04, 0x05}, 2},
+    {"IA5String", 13, {0x16, 0x01, 0x41}, 2},
+    {"PrintableString", 10, {0x13, 0x02, 'O', 'K'}, 2},
+    {"BMPString", 18, {0x1E, 0x04, 0x00, 0x41, 0x00, 0xE9}, 2},
+    {"UniversalString", 17, {0x1C, 0x04, 0x00, 0x00, 0x00, 0x41}, 2},
+    {"indirect text", 19, {0x0C, 0x01, 0x41}, 2},
+    {"indirect empty text", 19, {0x0C, 0x00}, 2},
+    {"indirect time text", 24, {0x0E, 0x01, 0x41}, 2},
+    {"DATE", 25, {0x1F, 0x1F, 0x08, '2', '0', '1', '6', '0', '2', '2', '9'}, 2},
+    {"DURATION", 28, {0x1F, 0x22, 0x02, '1', 'Y'}, 2},
+    {"UTCTime", 21, {0x17, 0x0D, '1', '6', '0', '2', '2', '6', '1', '2', '3', '0', '4', '5', 'Z'}, 1},
+    {"time record", 22, {0x18, 0x0F, '2', '0', '1', '6', '0', '2', '2', '6', '1', '2', '3', '0', '4', '5', 'Z'}, 1},
 };
 
-TEST_F(MemoryTest, ASuccessfulDecodeHoldsOnlyItsValue)
+TEST_F(MemoryTest, ADecodeHoldsOnlyItsValueAndTheReleaseFollowsTheTypeRecord)
 {
     for (const auto& row : kDecodes) {
         ASSERT_EQ(0, decode(row.pdu, row.octets)) << row.what;
-        EXPECT_NE(nullptr, value) << row.what;
+        EXPECT_EQ(row.blocks, CountingContext::live) << row.what;
         EXPECT_EQ(nullptr, context->memory.valueTables) << row.what;
         EXPECT_EQ(nullptr, context->memory.scratchTable) << row.what;
         EXPECT_EQ(0u, context->memory.firstTablesInUse) << row.what << ": the first tables are free again";
@@ -226,7 +240,6 @@ TEST_F(MemoryTest, ReleaseCodes)
     } rows[] = {
         {"PDU 0", 0, value, 33},
         {"PDU 31", 31, value, 33},
-        {"PDU -1", -1, value, 33},
         {"a null value", 4, nullptr, 0},
     };
     for (const auto& row : rows) {
@@ -235,36 +248,6 @@ TEST_F(MemoryTest, ReleaseCodes)
     EXPECT_EQ(6, qorFreeValue(nullptr, 4, value));
     EXPECT_EQ(2, CountingContext::live) << "a refused release leaves the slot and its octets";
     EXPECT_EQ(0, qorFreeValue(context, 4, value));
-}
-
-TEST_F(MemoryTest, TheReleaseFollowsTheTypeRecord)
-{
-    // The blocks of each memory form: the slot, and the block behind its
-    // pointer when there is one.
-    const struct {
-        const char* what;
-        int pdu;
-        Octets octets;
-        long blocks;
-    } rows[] = {
-        {"INTEGER in its slot", 2, {0x02, 0x01, 0x05}, 1},
-        {"empty OCTET STRING, null pointer", 4, {0x04, 0x00}, 1},
-        {"OCTET STRING", 4, {0x04, 0x01, 0x41}, 2},
-        {"OBJECT IDENTIFIER", 6, {0x06, 0x01, 0x2A}, 2},
-        {"long INTEGER", 23, {0x02, 0x05, 0x01, 0x02, 0x03, 0x04, 0x05}, 2},
-        {"IA5String", 13, {0x16, 0x01, 0x41}, 2},
-        {"UniversalString", 17, {0x1C, 0x04, 0x00, 0x00, 0x00, 0x41}, 2},
-        {"indirect text", 19, {0x0C, 0x01, 0x41}, 2},
-        {"indirect empty text", 19, {0x0C, 0x00}, 2},
-        {"indirect time text", 24, {0x0E, 0x01, 0x41}, 2},
-        {"time record", 22, {0x18, 0x0F, '2', '0', '1', '6', '0', '2', '2', '6', '1', '2', '3', '0', '4', '5', 'Z'}, 1},
-    };
-    for (const auto& row : rows) {
-        ASSERT_EQ(0, decode(row.pdu, row.octets)) << row.what;
-        EXPECT_EQ(row.blocks, CountingContext::live) << row.what;
-        EXPECT_EQ(0, qorFreeValue(context, row.pdu, value)) << row.what;
-        EXPECT_EQ(0, CountingContext::live) << row.what;
-    }
 }
 
 TEST_F(MemoryTest, AllocCheckedRaisesOutOfMemory)

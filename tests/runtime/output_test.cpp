@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "runtime/context.h"
 #include "tests/test_context.h"
 
 namespace {
@@ -126,6 +127,25 @@ TEST(OutputFile, AnExistingFileIsReplaced)
     qorPrint(run.get(), "new");
     EXPECT_EQ(0, closeOutputFile(run.get()));
     EXPECT_EQ("new", fileText(path));
+    std::remove(path);
+}
+
+TEST(RunContextStop, AnOpenOutputFileIsClosedAndTheConsoleIsBack)
+{
+    TestContext run;
+    RunContext* context = run.get();
+    OutStream* console = context->outStream;
+    const char* path = "qortlv-context-stop.txt";
+    qorPrint(context, "before ");
+    ASSERT_EQ(0, openOutputFile(context, path));
+    qorPrint(context, "in the file");
+    qorStopContext(context);
+    EXPECT_EQ(console, context->outStream);
+    EXPECT_EQ(nullptr, context->savedOutStream);
+    // A stopped context still prints, to the stream it had before the file.
+    EXPECT_EQ(5, qorPrint(context, "after"));
+    EXPECT_EQ("before after", run.output());
+    EXPECT_EQ("in the file", fileText(path));
     std::remove(path);
 }
 
