@@ -48,7 +48,9 @@ struct TimePropertiesTest : ::testing::Test {
     {
         for (const Row& row : rows) {
             EXPECT_EQ(row.outcome, check(row.text, masks, count)) << row.text;
-            if (row.reason != nullptr) EXPECT_EQ(row.reason, reason) << row.text;
+            if (row.reason != nullptr) {
+                EXPECT_EQ(row.reason, reason) << row.text;
+            }
         }
     }
 };
