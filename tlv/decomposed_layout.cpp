@@ -120,19 +120,6 @@ void walkDecomposed(RunContext* context, const uint8_t* element, int32_t& count,
     walkLevel(context, element, count, offset, depth, depth == 1 ? &counter : nullptr);
 }
 
-int printRightAligned(RunContext* context, int width, unsigned long value)
-{
-    char text[32];
-    char* end = text + sizeof text;
-    char* start = end;
-    do {
-        *--start = static_cast<char>('0' + value % 10);
-        value /= 10;
-    } while (value != 0);
-    while (end - start < width) *--start = ' ';
-    return qorWrite(context, start, static_cast<size_t>(end - start));
-}
-
 int printDecomposedElement(RunContext* context, const Element& element, int depth, long offset, bool& indefinite)
 {
     TagNameBuffer nameBuffer;

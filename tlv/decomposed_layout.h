@@ -11,7 +11,6 @@ struct Element;
 
 void printDecomposedLayout(RunContext* context, InputBuffer& buffer);
 int printDecomposedElement(RunContext* context, const Element& element, int depth, long offset, bool& indefinite);
-int printRightAligned(RunContext* context, int width, unsigned long value);
 // Walks the elements with their offsets from the start of each PDU; depth 1
 // is the top level.
 void walkDecomposed(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth);
