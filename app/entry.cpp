@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "app/driver.h"
+#include "app/options.h"
 #include "app/signal.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
@@ -18,6 +19,13 @@ int currentYearUtc()
     return parts.tm_year + 1900;
 }
 
+// Under -json standard output carries the JSON lines alone; every other text
+// of the run (a message, a note) goes to standard error.
+int printToStandardError(RunContext*, const char* format, va_list args)
+{
+    return std::vfprintf(stderr, format, args);
+}
+
 int runEntryOn(int argc, char** argv, std::FILE* input, OutStream* console)
 {
     const int year = currentYearUtc();
@@ -28,14 +36,20 @@ int runEntryOn(int argc, char** argv, std::FILE* input, OutStream* console)
         return started;
     }
     if (console != nullptr) context.outStream = console;
-    qorPrint(&context, "QOR Marvane TLV Print Utility  Version 10.3\n");
-    qorPrint(&context, "Copyright (C) QOR Marvane 1995-%d. All rights reserved.\n\n", year);
+    const bool json = asksForJsonLayout(argc, argv);
+    if (json) {
+        context.toolFlags |= TLV_JSON_LAYOUT;
+        context.printOverride = printToStandardError;
+    } else {
+        qorPrint(&context, "QOR Marvane TLV Print Utility  Version 10.3\n");
+        qorPrint(&context, "Copyright (C) QOR Marvane 1995-%d. All rights reserved.\n\n", year);
+    }
     setErrorHook(&context, printToolError);
     context.toolFlags |= TLV_TOOL_RUN;
     int result = runDriverOn(&context, argc, argv, input);
     context.toolFlags &= ~TLV_TOOL_RUN;
     qorStopContext(&context);
-    qorPrint(&context, "\n");
+    if (!json) qorPrint(&context, "\n");
     qorFlush(&context);
     return result;
 }

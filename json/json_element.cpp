@@ -1,0 +1,164 @@
+#include "json/json_element.h"
+
+#include <cstring>
+#include <string_view>
+
+#include "app/signal.h"
+#include "json/error_capture.h"
+#include "json/json_text.h"
+#include "render/contents.h"
+#include "render/tag_name.h"
+#include "render/universal_tags.h"
+#include "runtime/context.h"
+#include "runtime/output.h"
+#include "tlv/element.h"
+
+namespace {
+
+constexpr std::string_view kClassFields[] = {
+    ",\"class\":\"universal\"",
+    ",\"class\":\"application\"",
+    ",\"class\":\"context\"",
+    ",\"class\":\"private\"",
+};
+
+bool noShort(const RunContext* context)
+{
+    return (context->toolFlags & TLV_NO_SHORT) != 0;
+}
+
+// ,"class":..,"tag":..,"constructed":..; the tag number when the identifier
+// octets reach it.
+void writeClassAndTag(RunContext* context, const Element& element)
+{
+    const std::string_view field = kClassFields[element.tagClass & 3];
+    qorWrite(context, field.data(), field.size());
+    if (element.tagNumber >= 0) {
+        writeJsonLiteral(context, ",\"tag\":");
+        writeJsonNumber(context, element.tagNumber);
+    }
+    if (element.constructed) {
+        writeJsonLiteral(context, ",\"constructed\":true");
+    } else {
+        writeJsonLiteral(context, ",\"constructed\":false");
+    }
+}
+
+// ,"name":..: the name the syntax layout gives the tag. A universal tag 0
+// stands where no end-of-contents belongs and has none (null); asking for
+// it would report its second octet, which the hexadecimal layout doesn't.
+const UniversalTag* writeName(RunContext* context, const Element& element)
+{
+    if (element.tagClass == CLASS_UNIVERSAL && element.tagNumber == 0) {
+        writeJsonLiteral(context, ",\"name\":null");
+        return nullptr;
+    }
+    TagNameBuffer buffer;
+    const TagText name = elementTagName(context, element, buffer);
+    writeJsonLiteral(context, ",\"name\":");
+    writeJsonString(context, name.text, static_cast<size_t>(name.length));
+    return name.row;
+}
+
+// ,"octets":..: an element whose header runs off the data, as far as there
+// are octets.
+void writeOctets(RunContext* context, const Element& element)
+{
+    writeJsonLiteral(context, ",\"octets\":");
+    writeJsonHex(context, element.whole);
+}
+
+// The value of a primitive element with a definite length that the input
+// holds: its readable text where its type has one, and its contents.
+void writeValue(RunContext* context, ErrorCapture& errors, const Element& element, const UniversalTag* row)
+{
+    bool cut = false;
+    bool failed = false;
+    // Types without a readable form show their octets alone; rendering them
+    // would give those octets back.
+    if (row != nullptr && row->pdu != 0 && row->makeText != nullptr) {
+        Rendered value = renderContents(context, element, row);
+        failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
+        context->toolFlags &= ~TLV_VALUE_FAILED;
+        if (!failed && value.present() && !value.hexForm()) {
+            const char* text = value.text();
+            const size_t size = std::strlen(text);
+            size_t kept = size;
+            if (!noShort(context) && size > static_cast<size_t>(kJsonValueLimit)) {
+                kept = utf8Prefix(text, size, kJsonValueLimit);
+                cut = true;
+            }
+            // A text that isn't UTF-8 can't stand in JSON: the hex carries it.
+            if (isValidUtf8(text, kept)) {
+                writeJsonLiteral(context, ",\"text\":");
+                writeJsonString(context, text, kept);
+            }
+        }
+    }
+    if (writeLimitedHex(context, element.contents())) cut = true;
+    if (cut) writeJsonLiteral(context, ",\"truncated\":true");
+    if (failed) errors.add(kValueFailedCode, kValueFailedText);
+}
+
+}  // namespace
+
+bool writeLimitedHex(RunContext* context, OctetView octets)
+{
+    const bool cut = !noShort(context) && octets.size() > kJsonValueLimit;
+    writeJsonLiteral(context, ",\"hex\":");
+    writeJsonHex(context, cut ? octets.first(kJsonValueLimit) : octets);
+    return cut;
+}
+
+int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element& element, int64_t offset,
+                        bool& indefinite)
+{
+    const auto place = reinterpret_cast<intptr_t>(element.start());
+    const int32_t available = element.available();
+    writeJsonLiteral(context, "{\"offset\":");
+    writeJsonNumber(context, offset);
+    if (element.firstOctet() == 0) signalError(context, kTagZero, 0, 0);
+    indefinite = false;
+    if (element.identifier == LENGTH_TRUNCATED) {
+        writeClassAndTag(context, element);
+        writeOctets(context, element);
+        signalError(context, kPrematureEnd, place, available);
+        return 1;
+    }
+    if (element.identifier == 0) return 0;
+
+    indefinite = element.lengthOctet() == 0x80;
+    writeJsonLiteral(context, ",\"header\":");
+    writeJsonNumber(context, element.header);
+    if (element.header > available || element.length == LENGTH_TRUNCATED) {
+        writeClassAndTag(context, element);
+        writeName(context, element);
+        writeOctets(context, element);
+        if (element.header > available) {
+            signalError(context, kHeaderOverrun, element.header, available);
+        } else {
+            signalError(context, kPrematureEnd, place, available);
+        }
+        return 1;
+    }
+    writeJsonLiteral(context, ",\"length\":");
+    if (indefinite) {
+        writeJsonLiteral(context, "null");
+    } else {
+        writeJsonNumber(context, element.length);
+    }
+    writeClassAndTag(context, element);
+    const UniversalTag* row = writeName(context, element);
+    if (indefinite) writeJsonLiteral(context, ",\"indefinite\":true");
+    if (!indefinite && element.length > element.room()) {
+        // The walk takes what there is and ends the level, as the listing does.
+        signalError(context, kLengthOverrun, element.length, element.room());
+        writeLimitedHex(context, element.behindHeader());
+        return 1;
+    }
+    // A constructed element gets its elements from the walk; a primitive one
+    // in the indefinite form has no count of contents octets to show.
+    if (element.constructed || indefinite) return 0;
+    writeValue(context, errors, element, row);
+    return 0;
+}
