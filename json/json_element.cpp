@@ -6,6 +6,7 @@
 #include "app/signal.h"
 #include "json/error_capture.h"
 #include "json/json_text.h"
+#include "json/tag_fields.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
 #include "render/universal_tags.h"
@@ -21,6 +22,12 @@ constexpr std::string_view kClassFields[] = {
     ",\"class\":\"context\"",
     ",\"class\":\"private\"",
 };
+
+char* put(char* out, std::string_view text)
+{
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
 
 bool noShort(const RunContext* context)
 {
@@ -44,20 +51,12 @@ void writeClassAndTag(RunContext* context, const Element& element)
     }
 }
 
-// ,"name":..: the name the syntax layout gives the tag. A universal tag 0
-// stands where no end-of-contents belongs and has none (null); asking for
-// it would report its second octet, which the hexadecimal layout doesn't.
-const UniversalTag* writeName(RunContext* context, const Element& element)
+// The identifier's fields, made once for the short identifiers.
+const TagFields& tagFieldsOf(RunContext* context, const Element& element, TagFields& made)
 {
-    if (element.tagClass == CLASS_UNIVERSAL && element.tagNumber == 0) {
-        writeJsonLiteral(context, ",\"name\":null");
-        return nullptr;
-    }
-    TagNameBuffer buffer;
-    const TagText name = elementTagName(context, element, buffer);
-    writeJsonLiteral(context, ",\"name\":");
-    writeJsonString(context, name.text, static_cast<size_t>(name.length));
-    return name.row;
+    if (const TagFields* known = knownTagFields(context, element)) return *known;
+    makeTagFields(context, element, made);
+    return made;
 }
 
 // ,"octets":..: an element whose header runs off the data, as far as there
@@ -115,24 +114,40 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
 {
     const auto place = reinterpret_cast<intptr_t>(element.start());
     const int32_t available = element.available();
-    writeJsonLiteral(context, "{\"offset\":");
-    writeJsonNumber(context, offset);
+    // The fields up to the value are made in one piece, then written at once.
+    char fields[sizeof(TagFields::text) + 128];
+    char* out = fields;
+    out = put(out, "{\"offset\":");
+    out = putJsonNumber(out, offset);
     if (element.firstOctet() == 0) signalError(context, kTagZero, 0, 0);
     indefinite = false;
     if (element.identifier == LENGTH_TRUNCATED) {
+        qorWrite(context, fields, static_cast<size_t>(out - fields));
         writeClassAndTag(context, element);
         writeOctets(context, element);
         signalError(context, kPrematureEnd, place, available);
         return 1;
     }
-    if (element.identifier == 0) return 0;
+    if (element.identifier == 0) {
+        qorWrite(context, fields, static_cast<size_t>(out - fields));
+        return 0;
+    }
 
     indefinite = element.lengthOctet() == 0x80;
-    writeJsonLiteral(context, ",\"header\":");
-    writeJsonNumber(context, element.header);
-    if (element.header > available || element.length == LENGTH_TRUNCATED) {
-        writeClassAndTag(context, element);
-        writeName(context, element);
+    out = put(out, ",\"header\":");
+    out = putJsonNumber(out, element.header);
+    const bool headerRunsOff = element.header > available || element.length == LENGTH_TRUNCATED;
+    if (!headerRunsOff) {
+        out = put(out, ",\"length\":");
+        out = indefinite ? put(out, "null") : putJsonNumber(out, element.length);
+    }
+    TagFields made;
+    const TagFields& tag = tagFieldsOf(context, element, made);
+    out = put(out, std::string_view(tag.text, tag.length));
+    if (indefinite && !headerRunsOff) out = put(out, ",\"indefinite\":true");
+    qorWrite(context, fields, static_cast<size_t>(out - fields));
+
+    if (headerRunsOff) {
         writeOctets(context, element);
         if (element.header > available) {
             signalError(context, kHeaderOverrun, element.header, available);
@@ -141,15 +156,6 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
         }
         return 1;
     }
-    writeJsonLiteral(context, ",\"length\":");
-    if (indefinite) {
-        writeJsonLiteral(context, "null");
-    } else {
-        writeJsonNumber(context, element.length);
-    }
-    writeClassAndTag(context, element);
-    const UniversalTag* row = writeName(context, element);
-    if (indefinite) writeJsonLiteral(context, ",\"indefinite\":true");
     if (!indefinite && element.length > element.room()) {
         // The walk takes what there is and ends the level, as the listing does.
         signalError(context, kLengthOverrun, element.length, element.room());
@@ -159,6 +165,6 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
     // A constructed element gets its elements from the walk; a primitive one
     // in the indefinite form has no count of contents octets to show.
     if (element.constructed || indefinite) return 0;
-    writeValue(context, errors, element, row);
+    writeValue(context, errors, element, tag.row);
     return 0;
 }
