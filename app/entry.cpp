@@ -20,10 +20,26 @@ int currentYearUtc()
 }
 
 // Under -json standard output carries the JSON lines alone; every other text
-// of the run (a message, a note) goes to standard error.
+// of the run (a message, a note) goes to standard error, which the run ends
+// with a line end if its last text had none (the listing's closing line ends
+// aren't printed).
+bool gErrorLineOpen = false;
+
 int printToStandardError(RunContext*, const char* format, va_list args)
 {
-    return std::vfprintf(stderr, format, args);
+    char first[256];
+    va_list again;
+    va_copy(again, args);
+    const int count = std::vsnprintf(first, sizeof first, format, args);
+    if (count > 0 && static_cast<size_t>(count) < sizeof first) {
+        std::fwrite(first, 1, static_cast<size_t>(count), stderr);
+        gErrorLineOpen = first[count - 1] != '\n';
+    } else if (count > 0) {
+        std::vfprintf(stderr, format, again);
+        gErrorLineOpen = true;
+    }
+    va_end(again);
+    return count;
 }
 
 int runEntryOn(int argc, char** argv, std::FILE* input, OutStream* console)
@@ -50,6 +66,8 @@ int runEntryOn(int argc, char** argv, std::FILE* input, OutStream* console)
     context.toolFlags &= ~TLV_TOOL_RUN;
     qorStopContext(&context);
     if (!json) qorPrint(&context, "\n");
+    if (json && gErrorLineOpen) std::fputc('\n', stderr);
+    gErrorLineOpen = false;
     qorFlush(&context);
     return result;
 }
