@@ -16,13 +16,6 @@
 
 namespace {
 
-constexpr std::string_view kClassFields[] = {
-    ",\"class\":\"universal\"",
-    ",\"class\":\"application\"",
-    ",\"class\":\"context\"",
-    ",\"class\":\"private\"",
-};
-
 char* put(char* out, std::string_view text)
 {
     std::memcpy(out, text.data(), text.size());
@@ -34,21 +27,12 @@ bool noShort(const RunContext* context)
     return (context->toolFlags & TLV_NO_SHORT) != 0;
 }
 
-// ,"class":..,"tag":..,"constructed":..; the tag number when the identifier
-// octets reach it.
+// ,"class":..,"tag":..,"constructed":.. of an element whose identifier
+// runs off the data.
 void writeClassAndTag(RunContext* context, const Element& element)
 {
-    const std::string_view field = kClassFields[element.tagClass & 3];
-    qorWrite(context, field.data(), field.size());
-    if (element.tagNumber >= 0) {
-        writeJsonLiteral(context, ",\"tag\":");
-        writeJsonNumber(context, element.tagNumber);
-    }
-    if (element.constructed) {
-        writeJsonLiteral(context, ",\"constructed\":true");
-    } else {
-        writeJsonLiteral(context, ",\"constructed\":false");
-    }
+    char fields[64];
+    qorWrite(context, fields, static_cast<size_t>(putClassTagAndForm(fields, element) - fields));
 }
 
 // The identifier's fields, made once for the short identifiers.

@@ -1,5 +1,6 @@
 #include "json/json_text.h"
 
+#include <array>
 #include <cstring>
 
 #include "runtime/output.h"
@@ -60,7 +61,62 @@ bool wellFormed(const uint8_t* octets, int count)
     return true;
 }
 
+// "00" to "99": two digits a step.
+constexpr std::array<char, 200> kDigitPairs = [] {
+    std::array<char, 200> pairs{};
+    for (int i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+int digitCount(uint64_t value)
+{
+    int count = 1;
+    while (value >= 10000) {
+        value /= 10000;
+        count += 4;
+    }
+    if (value >= 1000) return count + 3;
+    if (value >= 100) return count + 2;
+    return value >= 10 ? count + 1 : count;
+}
+
+// The digits of a non-negative value, two at a time from the right, in
+// place.
+char* putDigits(char* out, uint64_t value)
+{
+    char* end = out + digitCount(value);
+    char* at = end;
+    while (value >= 100) {
+        at -= 2;
+        std::memcpy(at, &kDigitPairs[2 * (value % 100)], 2);
+        value /= 100;
+    }
+    if (value >= 10) {
+        std::memcpy(at - 2, &kDigitPairs[2 * value], 2);
+    } else {
+        at[-1] = static_cast<char>('0' + value);
+    }
+    return end;
+}
+
 }  // namespace
+
+char* putJsonNumber(char* out, int64_t value)
+{
+    const bool exact = value <= kExactLimit && value >= -kExactLimit;
+    if (!exact) *out++ = '"';
+    if (value < 0) {
+        *out++ = '-';
+        out = putDigits(out, 0 - static_cast<uint64_t>(value));
+    } else {
+        out = putDigits(out, static_cast<uint64_t>(value));
+    }
+    if (!exact) *out++ = '"';
+    return out;
+}
 
 bool isValidUtf8(const char* text, size_t length)
 {
@@ -113,11 +169,6 @@ void writeJsonHex(RunContext* context, OctetView octets)
 
 void writeJsonNumber(RunContext* context, int64_t value)
 {
-    const bool exact = value <= kExactLimit && value >= -kExactLimit;
     char digits[24];
-    char* end = digits + sizeof digits;
-    char* start = decimalDigits(end, static_cast<long>(value));
-    if (!exact) qorWrite(context, "\"", 1);
-    qorWrite(context, start, static_cast<size_t>(end - start));
-    if (!exact) qorWrite(context, "\"", 1);
+    qorWrite(context, digits, static_cast<size_t>(putJsonNumber(digits, value) - digits));
 }

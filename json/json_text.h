@@ -25,6 +25,10 @@ void writeJsonString(RunContext* context, const char* text, size_t length);
 // Octets as a string of upper-case hexadecimal digits, two an octet.
 void writeJsonHex(RunContext* context, OctetView octets);
 
+// Writes the digits of `value` at `out` as writeJsonNumber writes them;
+// returns the end. Needs 24 chars.
+char* putJsonNumber(char* out, int64_t value);
+
 // A number; one beyond 2^53 in magnitude, which not every reader holds
 // exactly in a double, is written as a string of its digits.
 void writeJsonNumber(RunContext* context, int64_t value);

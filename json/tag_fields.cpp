@@ -4,13 +4,12 @@
 #include <cstring>
 #include <string_view>
 
+#include "json/json_text.h"
 #include "render/tag_name.h"
 #include "runtime/output.h"
 #include "tlv/element.h"
 
 namespace {
-
-constexpr int64_t kExactLimit = int64_t{1} << 53;  // doubles hold every integer up to here
 
 constexpr std::string_view kClassFields[] = {
     ",\"class\":\"universal\"",
@@ -19,51 +18,10 @@ constexpr std::string_view kClassFields[] = {
     ",\"class\":\"private\"",
 };
 
-// "00" to "99": two digits a step.
-constexpr std::array<char, 200> kDigitPairs = [] {
-    std::array<char, 200> pairs{};
-    for (int i = 0; i < 100; ++i) {
-        pairs[2 * i] = static_cast<char>('0' + i / 10);
-        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
-    }
-    return pairs;
-}();
-
 char* put(char* out, std::string_view text)
 {
     std::memcpy(out, text.data(), text.size());
     return out + text.size();
-}
-
-int digitCount(uint64_t value)
-{
-    int count = 1;
-    while (value >= 10000) {
-        value /= 10000;
-        count += 4;
-    }
-    if (value >= 1000) return count + 3;
-    if (value >= 100) return count + 2;
-    return value >= 10 ? count + 1 : count;
-}
-
-// The digits of a non-negative value, two at a time from the right, in
-// place.
-char* putDigits(char* out, uint64_t value)
-{
-    char* end = out + digitCount(value);
-    char* at = end;
-    while (value >= 100) {
-        at -= 2;
-        std::memcpy(at, &kDigitPairs[2 * (value % 100)], 2);
-        value /= 100;
-    }
-    if (value >= 10) {
-        std::memcpy(at - 2, &kDigitPairs[2 * value], 2);
-    } else {
-        at[-1] = static_cast<char>('0' + value);
-    }
-    return end;
 }
 
 // Index of a two-octet identifier: class and form, then the tag number.
@@ -107,26 +65,19 @@ const TagTables& tagTables(RunContext* context)
 
 }  // namespace
 
-char* putJsonNumber(char* out, int64_t value)
+char* putClassTagAndForm(char* out, const Element& element)
 {
-    const bool exact = value <= kExactLimit && value >= -kExactLimit;
-    if (!exact) *out++ = '"';
-    if (value < 0) {
-        *out++ = '-';
-        out = putDigits(out, 0 - static_cast<uint64_t>(value));
-    } else {
-        out = putDigits(out, static_cast<uint64_t>(value));
+    out = put(out, kClassFields[element.tagClass & 3]);
+    if (element.tagNumber >= 0) {
+        out = put(out, ",\"tag\":");
+        out = putJsonNumber(out, element.tagNumber);
     }
-    if (!exact) *out++ = '"';
-    return out;
+    return put(out, element.constructed ? ",\"constructed\":true" : ",\"constructed\":false");
 }
 
 void makeTagFields(RunContext* context, const Element& element, TagFields& fields)
 {
-    char* out = put(fields.text, kClassFields[element.tagClass & 3]);
-    out = put(out, ",\"tag\":");
-    out = putJsonNumber(out, element.tagNumber);
-    out = put(out, element.constructed ? ",\"constructed\":true" : ",\"constructed\":false");
+    char* out = putClassTagAndForm(fields.text, element);
     fields.row = nullptr;
     if (element.tagClass == CLASS_UNIVERSAL && element.tagNumber == 0) {
         // A tag of 00 where no end-of-contents belongs has no name; asking

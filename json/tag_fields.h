@@ -18,13 +18,13 @@ struct TagFields {
     const UniversalTag* row;  // the universal tag's row, for the value's text
 };
 
+// ,"class":..,"tag":..,"constructed":.. at `out` (the tag number when the
+// identifier octets reach it); returns the end. Needs 64 chars.
+char* putClassTagAndForm(char* out, const Element& element);
+
 // Makes the fields of a readable element (identifier octets complete).
 void makeTagFields(RunContext* context, const Element& element, TagFields& fields);
 
 // The fields made once of a readable element whose identifier has one or
 // two octets; null for a longer one.
 const TagFields* knownTagFields(RunContext* context, const Element& element);
-
-// Writes decimal digits of `value` at `out`, as a JSON number, or as a
-// string when beyond 2^53 in magnitude; returns the end. Needs 23 chars.
-char* putJsonNumber(char* out, int64_t value);
