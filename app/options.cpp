@@ -236,7 +236,6 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
                 break;
             case OPT_JSON:
                 state.printer = printJsonLayout;
-                context->toolFlags |= TLV_JSON_LAYOUT;  // no line ends behind the listing
                 break;
             case OPT_TEXT:
                 context->toolFlags |= TLV_TEXT_INPUT;

@@ -66,15 +66,13 @@ void writeValue(RunContext* context, ErrorCapture& errors, const Element& elemen
         if (!failed && value.present() && !value.hexForm()) {
             const char* text = value.text();
             const size_t size = std::strlen(text);
-            size_t kept = size;
-            if (!noShort(context) && size > static_cast<size_t>(kJsonValueLimit)) {
-                kept = utf8Prefix(text, size, kJsonValueLimit);
-                cut = true;
-            }
+            const bool longText = !noShort(context) && size > static_cast<size_t>(kJsonValueLimit);
+            const size_t kept = longText ? utf8Prefix(text, size, kJsonValueLimit) : size;
             // A text that isn't UTF-8 can't stand in JSON: the hex carries it.
             if (isValidUtf8(text, kept)) {
                 writeJsonLiteral(context, ",\"text\":");
                 writeJsonString(context, text, kept);
+                cut = longText;
             }
         }
     }
