@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Every golden input through -json: each line must parse as JSON, and on
-inputs without CDR headers the elements must stand where the decomposed
+"""Every golden input through -json: each line must parse as JSON, the exit
+status and the count of misencodings must be the hexadecimal layout's, and
+on inputs without CDR headers the elements must stand where the decomposed
 layout puts them (offset within the record, depth, header length, length).
 
     check_json_lines.py QORTLV GOLDEN_DIR
@@ -69,6 +70,21 @@ def json_elements(records):
     return found
 
 
+def errors_of(objects):
+    """Every error object of every element, in the order of the elements."""
+    found = []
+
+    def visit(element):
+        found.extend(element.get("errors", []))
+        for child in element.get("elements", []):
+            visit(child)
+
+    for record in objects:
+        if record["kind"] == "record":
+            visit(record["element"])
+    return found
+
+
 def run(binary, *arguments):
     result = subprocess.run([binary, *arguments], capture_output=True)
     return result.returncode, result.stdout.decode("latin-1")
@@ -85,9 +101,17 @@ def check(binary, path, problems):
             return
     if output and not output.endswith("\n"):
         problems.append(f"{path}: the output doesn't end with a line end")
-    hex_status, _ = run(binary, "-hexadecimal", path)
+    hex_status, hex_listing = run(binary, "-hexadecimal", path)
     if status != hex_status:
         problems.append(f"{path}: exit status {status}, the hexadecimal layout's is {hex_status}")
+    # The same misencodings as the listing reports; a premature end that
+    # ends the run unreported still closes the objects with its error, and a
+    # value that fails (18) has no message in the listing.
+    codes = [e["code"] for e in errors_of(objects) if e["code"] != 18]
+    messages = hex_listing.count("Value misencoded")
+    unreported = 1 if status == 17 and codes.count(17) > hex_listing.count("premature end") else 0
+    if len(codes) - unreported != messages:
+        problems.append(f"{path}: {len(codes)} errors, the hexadecimal layout reports {messages}")
     records = [o for o in objects if o["kind"] == "record"]
     if any(o["kind"] == "file_header" for o in objects) or any("record_header" in r for r in records):
         return
