@@ -106,10 +106,18 @@ void printBlocks(RunContext* context, DriverState& state, LayoutPrinter printer)
         ++number;
         InputBuffer view = {0, nullptr};
         state.result = selectBlockOctets(state.decoded, block, state.offset, state.count, view);
+        view.origin = state.offset;
         if (state.form == InputForm::Pem) printBlockLabel(context, block, number);
         if (state.result != 0) reportLoadFailure(context, state);
         printer(context, view);
     }
+}
+
+// The two line ends behind a run's last text; a JSON run writes whole lines
+// and nothing else.
+void printRunEnd(RunContext* context)
+{
+    if ((context->toolFlags & TLV_JSON_LAYOUT) == 0) qorPrint(context, "\n\n");
 }
 
 void loadAndPrint(RunContext* context, DriverState& state)
@@ -122,6 +130,8 @@ void loadAndPrint(RunContext* context, DriverState& state)
         return;
     }
     if (state.form == InputForm::Binary) hintAtTextForm(state.buffer);
+    // +offset counts the digits of a text input, two an octet.
+    state.buffer.origin = state.form == InputForm::Text ? state.offset / 2 : state.offset;
     printer(context, state.buffer);
 }
 
@@ -195,10 +205,10 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
                 loadAndPrint(context, state);
             }
         }
-        qorPrint(context, "\n\n");
+        printRunEnd(context);
         if (!releaseRun(context, state)) {
             state.result = kWriteFailed;
-            qorPrint(context, "\n\n");
+            printRunEnd(context);
         }
     } catch (const ToolJump& jump) {
         // A later jump goes straight to the return: nothing catches it here.
@@ -206,7 +216,7 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
         const int value = releaseRun(context, state) ? jump.value : kWriteFailed;
         // A failure of the program itself is told as "Internal error #<code>.".
         if (toolRow(value).internalError) qorPrint(context, "\n%s", driverMessage(value));
-        qorPrint(context, "\n\n");
+        printRunEnd(context);
         context->toolFlags = savedFlags;
         qorFlush(context);
         return value;

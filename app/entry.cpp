@@ -5,6 +5,7 @@
 #include <ctime>
 
 #include "app/driver.h"
+#include "app/options.h"
 #include "app/signal.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
@@ -32,6 +33,29 @@ int currentYearUtc()
     return parts.tm_year + 1900;
 }
 
+// Under -json standard output carries the JSON lines alone; every other text
+// of the run (a message, a note) goes to standard error, which the run ends
+// with a line end if its last text had none (the listing's closing line ends
+// aren't printed).
+bool gErrorLineOpen = false;
+
+int printToStandardError(RunContext*, const char* format, va_list args)
+{
+    char first[256];
+    va_list again;
+    va_copy(again, args);
+    const int count = std::vsnprintf(first, sizeof first, format, args);
+    if (count > 0 && static_cast<size_t>(count) < sizeof first) {
+        std::fwrite(first, 1, static_cast<size_t>(count), stderr);
+        gErrorLineOpen = first[count - 1] != '\n';
+    } else if (count > 0) {
+        std::vfprintf(stderr, format, again);
+        gErrorLineOpen = true;
+    }
+    va_end(again);
+    return count;
+}
+
 int runEntryOn(int argc, char** argv, std::FILE* input, OutStream* console)
 {
     const int year = currentYearUtc();
@@ -48,14 +72,22 @@ int runEntryOn(int argc, char** argv, std::FILE* input, OutStream* console)
         qorFlush(&context);
         return 0;
     }
-    qorPrint(&context, "QOR Marvane TLV Print Utility  Version %s\n", kVersion);
-    qorPrint(&context, "Copyright (C) QOR Marvane 1995-%d. All rights reserved.\n\n", year);
+    const bool json = asksForJsonLayout(argc, argv);
+    if (json) {
+        context.toolFlags |= TLV_JSON_LAYOUT;
+        context.printOverride = printToStandardError;
+    } else {
+        qorPrint(&context, "QOR Marvane TLV Print Utility  Version %s\n", kVersion);
+        qorPrint(&context, "Copyright (C) QOR Marvane 1995-%d. All rights reserved.\n\n", year);
+    }
     setErrorHook(&context, printToolError);
     context.toolFlags |= TLV_TOOL_RUN;
     int result = runDriverOn(&context, argc, argv, input);
     context.toolFlags &= ~TLV_TOOL_RUN;
     qorStopContext(&context);
-    qorPrint(&context, "\n");
+    if (!json) qorPrint(&context, "\n");
+    if (json && gErrorLineOpen) std::fputc('\n', stderr);
+    gErrorLineOpen = false;
     qorFlush(&context);
     return result;
 }

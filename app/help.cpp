@@ -43,6 +43,8 @@ constexpr ExtensionHelp kExtensionHelp[] = {
     {"-pem <infile>", "print BER encoding from each PEM block of a text file, behind a line with the block's "
                       "number and label"},
     {"-base64 <infile>", "print BER encoding from a base64 or base64url text file"},
+    {"-json", "print BER encoding as JSON Lines: one object per record, each element with its offset, "
+              "lengths, tag, name and value; nothing else on standard output"},
 };
 
 constexpr size_t kNameColumn = 2;   // where the name begins

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "app/driver.h"
+#include "json/json_layout.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "tlv/decomposed_layout.h"
@@ -37,6 +38,7 @@ enum OptionNumber : int16_t {
     OPT_NO_CDR_HEADERS = 17,
     OPT_PEM = 18,
     OPT_BASE64 = 19,
+    OPT_JSON = 20,
 };
 
 struct OptionRow {
@@ -70,6 +72,7 @@ constexpr OptionRow kOptions[] = {
     {"--help", OPT_HELP, 6},
     {"-pem", OPT_PEM, 3},
     {"-base64", OPT_BASE64, 3},
+    {"-json", OPT_JSON, 2},
     {"", OPT_NONE, 0},
 };
 
@@ -92,6 +95,18 @@ int16_t lookUp(const char* argument)
         if (same) return row.number;
     }
     return OPT_NONE;
+}
+
+bool isLayout(int16_t number)
+{
+    return (number >= OPT_HEXADECIMAL && number <= OPT_SYNTAX) || number == OPT_JSON;
+}
+
+// Whether an option takes the next argument as its own (a name or a byte).
+bool takesArgument(int16_t number)
+{
+    return number == OPT_BINARY || number == OPT_TEXT || number == OPT_PEM || number == OPT_BASE64 ||
+           number == OPT_OUTPUT || number == OPT_FIX_ENCODING || number == OPT_PAD;
 }
 
 // The "-" option: the input's name is one line of standard input.
@@ -170,6 +185,29 @@ uint32_t parseDecimal(const char* text, size_t count, RunContext* context, int e
     return value;
 }
 
+bool asksForJsonLayout(int argc, char** argv)
+{
+    int16_t layout = OPT_NONE;
+    bool repair = false;
+    for (int at = 1; at < argc; ++at) {
+        const char* argument = argv[at];
+        if (argument[0] != '-') continue;
+        const int16_t number = lookUp(argument);
+        // The option loop ends at -help (which prints the banner) and at an
+        // option it doesn't know.
+        if (number == OPT_HELP) return false;
+        if (number == OPT_NONE) break;
+        if (isLayout(number) && layout == OPT_NONE) layout = number;
+        if (number == OPT_FIX_ENCODING) repair = true;
+        if (takesArgument(number) && at + 1 < argc) {
+            const char* next = argv[at + 1];
+            if (next[0] != '-' || next[1] == '\0') ++at;
+        }
+    }
+    // The repair replaces the listing; layout options don't count there.
+    return layout == OPT_JSON && !repair;
+}
+
 OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc, char** argv)
 {
     if (argc < 2) {
@@ -188,7 +226,7 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
             continue;
         }
         int16_t number = lookUp(argument);
-        if (state.printer != nullptr && number >= OPT_HEXADECIMAL && number <= OPT_SYNTAX) {
+        if (state.printer != nullptr && isLayout(number)) {
             qorPrint(context, "Ignored extra TLV-format option: %s.\n", argument);
             continue;
         }
@@ -197,6 +235,9 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
             case OPT_DECOMPOSED:
             case OPT_SYNTAX:
                 state.printer = kLayouts[number];
+                break;
+            case OPT_JSON:
+                state.printer = printJsonLayout;
                 break;
             case OPT_TEXT:
                 context->toolFlags |= TLV_TEXT_INPUT;

@@ -21,6 +21,11 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
 // with `index` as its value.
 [[noreturn]] void exitWithMessage(RunContext* context, int index, const char* text);
 
+// Whether the arguments choose the -json layout for a listing: its first
+// layout option is -json, and neither -help nor -zfixencoding is asked
+// for. Read before the banner, which a JSON run doesn't print.
+bool asksForJsonLayout(int argc, char** argv);
+
 void printUsage(RunContext* context);
 // The help text, then the Extensions section.
 void printHelp(RunContext* context);

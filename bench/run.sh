@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Times qortlv in its three layouts beside `openssl asn1parse` (and dumpasn1
+# Times qortlv in its layouts (and -json) beside `openssl asn1parse` (and dumpasn1
 # when installed) on synthetic CDR files; prints a table.
 #   BENCH_MB=200 bench/run.sh
 set -euo pipefail
@@ -65,4 +65,5 @@ for variant in definite headers indefinite; do
   row "qortlv -hex ($variant)" "$file" "$OPENSSL" "$QORTLV" -hexadecimal "$file"
   row "qortlv -dec ($variant)" "$file" "$OPENSSL" "$QORTLV" -decomposed "$file"
   row "qortlv -syn ($variant)" "$file" "$OPENSSL" "$QORTLV" -syntax "$file"
+  row "qortlv -json ($variant)" "$file" "$OPENSSL" "$QORTLV" -json "$file"
 done

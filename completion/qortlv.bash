@@ -10,7 +10,7 @@ _qortlv_options=(
     -noshort:4 -noaddition:4 -notitles:4 -help:5
     -zfixencoding:3:file -znotrace:3 -pad:2:byte -nocdrheaders:4
     --help:6 --version:9
-    -pem:3:file -base64:3:file
+    -pem:3:file -base64:3:file -json:2
 )
 
 # What follows the option that `word` abbreviates: the first row whose name

@@ -1,4 +1,4 @@
-// A whole run of one of the three layouts on arbitrary octets. The first
+// A whole run of one of the layouts on arbitrary octets. The first
 // octet chooses the layout, -pad and -noshort; the rest is the input.
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +11,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     if (size == 0) return 0;
-    static const char* const kLayouts[] = {"-hexadecimal", "-syntax", "-decomposed", "-syntax"};
+    static const char* const kLayouts[] = {"-hexadecimal", "-syntax", "-decomposed", "-json"};
     const uint8_t choice = data[0];
     std::vector<const char*> args = {"qortlv", kLayouts[choice & 3]};
     if ((choice & 4) != 0) {

@@ -12,6 +12,9 @@ struct InputBuffer {
     uint8_t* data;
     void* mapBase = nullptr;
     size_t mapLength = 0;
+    // Where data[0] stands in the input, in octets (+offset); the -json
+    // layout counts its offsets from the start of the input.
+    int64_t origin = 0;
 };
 
 // An encoding as handed to qorDecode.

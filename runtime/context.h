@@ -31,6 +31,7 @@ constexpr uint32_t TLV_FIX_ENCODING = 0x800000;
 constexpr uint32_t TLV_TRACE_FIXUPS = 0x1000000;
 constexpr uint32_t TLV_PEM_INPUT = 0x10000000;     // -pem: the repair decodes its input
 constexpr uint32_t TLV_BASE64_INPUT = 0x20000000;  // -base64: likewise
+constexpr uint32_t TLV_JSON_LAYOUT = 0x40000000;   // -json: standard output carries JSON lines only
 
 // Bits of RunState::stateFlags.
 constexpr uint32_t STATE_PROBING = 0x1;  // a premature end (17) is not fatal

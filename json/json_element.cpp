@@ -1,0 +1,152 @@
+#include "json/json_element.h"
+
+#include <cstring>
+#include <string_view>
+
+#include "app/signal.h"
+#include "json/error_capture.h"
+#include "json/json_text.h"
+#include "json/tag_fields.h"
+#include "render/contents.h"
+#include "render/tag_name.h"
+#include "render/universal_tags.h"
+#include "runtime/context.h"
+#include "runtime/output.h"
+#include "tlv/element.h"
+
+namespace {
+
+char* put(char* out, std::string_view text)
+{
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
+
+bool noShort(const RunContext* context)
+{
+    return (context->toolFlags & TLV_NO_SHORT) != 0;
+}
+
+// ,"class":..,"tag":..,"constructed":.. of an element whose identifier
+// runs off the data.
+void writeClassAndTag(RunContext* context, const Element& element)
+{
+    char fields[64];
+    qorWrite(context, fields, static_cast<size_t>(putClassTagAndForm(fields, element) - fields));
+}
+
+// The identifier's fields, made once for the short identifiers.
+const TagFields& tagFieldsOf(RunContext* context, const Element& element, TagFields& made)
+{
+    if (const TagFields* known = knownTagFields(context, element)) return *known;
+    makeTagFields(context, element, made);
+    return made;
+}
+
+// ,"octets":..: an element whose header runs off the data, as far as there
+// are octets.
+void writeOctets(RunContext* context, const Element& element)
+{
+    writeJsonLiteral(context, ",\"octets\":");
+    writeJsonHex(context, element.whole);
+}
+
+// The value of a primitive element with a definite length that the input
+// holds: its readable text where its type has one, and its contents.
+void writeValue(RunContext* context, ErrorCapture& errors, const Element& element, const UniversalTag* row)
+{
+    bool cut = false;
+    bool failed = false;
+    // Types without a readable form show their octets alone; rendering them
+    // would give those octets back.
+    if (row != nullptr && row->pdu != 0 && row->makeText != nullptr) {
+        Rendered value = renderContents(context, element, row);
+        failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
+        context->toolFlags &= ~TLV_VALUE_FAILED;
+        if (!failed && value.present() && !value.hexForm()) {
+            const char* text = value.text();
+            const size_t size = std::strlen(text);
+            const bool longText = !noShort(context) && size > static_cast<size_t>(kJsonValueLimit);
+            const size_t kept = longText ? utf8Prefix(text, size, kJsonValueLimit) : size;
+            // A text that isn't UTF-8 can't stand in JSON: the hex carries it.
+            if (isValidUtf8(text, kept)) {
+                writeJsonLiteral(context, ",\"text\":");
+                writeJsonString(context, text, kept);
+                cut = longText;
+            }
+        }
+    }
+    if (writeLimitedHex(context, element.contents())) cut = true;
+    if (cut) writeJsonLiteral(context, ",\"truncated\":true");
+    if (failed) errors.add(kValueFailedCode, kValueFailedText);
+}
+
+}  // namespace
+
+bool writeLimitedHex(RunContext* context, OctetView octets)
+{
+    const bool cut = !noShort(context) && octets.size() > kJsonValueLimit;
+    writeJsonLiteral(context, ",\"hex\":");
+    writeJsonHex(context, cut ? octets.first(kJsonValueLimit) : octets);
+    return cut;
+}
+
+int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element& element, int64_t offset,
+                        bool& indefinite)
+{
+    const auto place = reinterpret_cast<intptr_t>(element.start());
+    const int32_t available = element.available();
+    // The fields up to the value are made in one piece, then written at once.
+    char fields[sizeof(TagFields::text) + 128];
+    char* out = fields;
+    out = put(out, "{\"offset\":");
+    out = putJsonNumber(out, offset);
+    if (element.firstOctet() == 0) signalError(context, kTagZero, 0, 0);
+    indefinite = false;
+    if (element.identifier == LENGTH_TRUNCATED) {
+        qorWrite(context, fields, static_cast<size_t>(out - fields));
+        writeClassAndTag(context, element);
+        writeOctets(context, element);
+        signalError(context, kPrematureEnd, place, available);
+        return 1;
+    }
+    if (element.identifier == 0) {
+        qorWrite(context, fields, static_cast<size_t>(out - fields));
+        return 0;
+    }
+
+    indefinite = element.lengthOctet() == 0x80;
+    out = put(out, ",\"header\":");
+    out = putJsonNumber(out, element.header);
+    const bool headerRunsOff = element.header > available || element.length == LENGTH_TRUNCATED;
+    if (!headerRunsOff) {
+        out = put(out, ",\"length\":");
+        out = indefinite ? put(out, "null") : putJsonNumber(out, element.length);
+    }
+    TagFields made;
+    const TagFields& tag = tagFieldsOf(context, element, made);
+    out = put(out, std::string_view(tag.text, tag.length));
+    if (indefinite && !headerRunsOff) out = put(out, ",\"indefinite\":true");
+    qorWrite(context, fields, static_cast<size_t>(out - fields));
+
+    if (headerRunsOff) {
+        writeOctets(context, element);
+        if (element.header > available) {
+            signalError(context, kHeaderOverrun, element.header, available);
+        } else {
+            signalError(context, kPrematureEnd, place, available);
+        }
+        return 1;
+    }
+    if (!indefinite && element.length > element.room()) {
+        // The walk takes what there is and ends the level, as the listing does.
+        signalError(context, kLengthOverrun, element.length, element.room());
+        writeLimitedHex(context, element.behindHeader());
+        return 1;
+    }
+    // A constructed element gets its elements from the walk; a primitive one
+    // in the indefinite form has no count of contents octets to show.
+    if (element.constructed || indefinite) return 0;
+    writeValue(context, errors, element, tag.row);
+    return 0;
+}

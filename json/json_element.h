@@ -1,0 +1,32 @@
+// One element as a JSON object of the -json layout: its fields, and its
+// value unless it is a constructed element that the walk goes into.
+#pragma once
+
+#include <cstdint>
+
+#include "tlv/octet_view.h"
+
+struct RunContext;
+struct Element;
+class ErrorCapture;
+
+// Contents beyond this many octets are cut in "hex" and "text" (with
+// "truncated": true) unless -noshort is given.
+constexpr int32_t kJsonValueLimit = 65536;
+
+// The code of an error object for a value whose contents don't decode as
+// their universal type says; the listing has no message for it.
+constexpr int kValueFailedCode = 18;
+inline constexpr char kValueFailedText[] = "Value misencoded, contents do not decode as their type.";
+
+// Writes `{"offset":..` and the fields of `element` up to its elements or
+// value; reports the misencodings that the hexadecimal layout reports for
+// it, in the same order. Returns 0 when the walk goes on with the element
+// (goes inside, then steps over it), 1 when its level ends here; sets
+// `indefinite` for an indefinite length. The object stays open.
+int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element& element, int64_t offset,
+                        bool& indefinite);
+
+// ,"hex":"..": octets, cut at kJsonValueLimit unless -noshort; returns
+// whether they were cut.
+bool writeLimitedHex(RunContext* context, OctetView octets);

@@ -1,0 +1,11 @@
+// The JSON Lines layout (-json): one JSON object a line for each top-level
+// record, in input order, for programs to read. The walk goes exactly as far
+// as the hexadecimal layout's walk and meets the same misencodings; what the
+// listing would print as messages the objects carry as errors.
+#pragma once
+
+#include "runtime/buffers.h"
+
+struct RunContext;
+
+void printJsonLayout(RunContext* context, InputBuffer& buffer);

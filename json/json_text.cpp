@@ -1,0 +1,174 @@
+#include "json/json_text.h"
+
+#include <array>
+#include <cstring>
+
+#include "runtime/output.h"
+
+namespace {
+
+constexpr int64_t kExactLimit = int64_t{1} << 53;  // doubles hold every integer up to here
+
+// The escape of a character below U+0020, or of '"' and '\'; null for one
+// that stands as it is. RFC 8259 7: the short forms where there are ones.
+const char* escapeOf(uint8_t octet, char (&spelled)[7])
+{
+    switch (octet) {
+        case '"': return "\\\"";
+        case '\\': return "\\\\";
+        case '\b': return "\\b";
+        case '\f': return "\\f";
+        case '\n': return "\\n";
+        case '\r': return "\\r";
+        case '\t': return "\\t";
+        default: break;
+    }
+    if (octet >= 0x20) return nullptr;
+    std::memcpy(spelled, "\\u00", 4);
+    spelled[4] = hexPair(octet)[0];
+    spelled[5] = hexPair(octet)[1];
+    spelled[6] = '\0';
+    return spelled;
+}
+
+// The count of octets of the UTF-8 sequence that `lead` begins, or 0 for an
+// octet that begins none.
+int sequenceLength(uint8_t lead)
+{
+    if (lead < 0x80) return 1;
+    if (lead >= 0xC2 && lead <= 0xDF) return 2;
+    if (lead >= 0xE0 && lead <= 0xEF) return 3;
+    if (lead >= 0xF0 && lead <= 0xF4) return 4;
+    return 0;
+}
+
+// Whether the sequence of `count` octets at `octets` is well formed; the
+// second octet's range depends on the lead (RFC 3629 4).
+bool wellFormed(const uint8_t* octets, int count)
+{
+    const uint8_t lead = octets[0];
+    const uint8_t second = octets[1];
+    uint8_t low = 0x80;
+    uint8_t high = 0xBF;
+    if (lead == 0xE0) low = 0xA0;   // no overlong three-octet form
+    if (lead == 0xED) high = 0x9F;  // no surrogate
+    if (lead == 0xF0) low = 0x90;   // no overlong four-octet form
+    if (lead == 0xF4) high = 0x8F;  // nothing beyond U+10FFFF
+    if (second < low || second > high) return false;
+    for (int i = 2; i < count; ++i) {
+        if ((octets[i] & 0xC0) != 0x80) return false;
+    }
+    return true;
+}
+
+// "00" to "99": two digits a step.
+constexpr std::array<char, 200> kDigitPairs = [] {
+    std::array<char, 200> pairs{};
+    for (int i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+int digitCount(uint64_t value)
+{
+    int count = 1;
+    while (value >= 10000) {
+        value /= 10000;
+        count += 4;
+    }
+    if (value >= 1000) return count + 3;
+    if (value >= 100) return count + 2;
+    return value >= 10 ? count + 1 : count;
+}
+
+// The digits of a non-negative value, two at a time from the right, in
+// place.
+char* putDigits(char* out, uint64_t value)
+{
+    char* end = out + digitCount(value);
+    char* at = end;
+    while (value >= 100) {
+        at -= 2;
+        std::memcpy(at, &kDigitPairs[2 * (value % 100)], 2);
+        value /= 100;
+    }
+    if (value >= 10) {
+        std::memcpy(at - 2, &kDigitPairs[2 * value], 2);
+    } else {
+        at[-1] = static_cast<char>('0' + value);
+    }
+    return end;
+}
+
+}  // namespace
+
+char* putJsonNumber(char* out, int64_t value)
+{
+    const bool exact = value <= kExactLimit && value >= -kExactLimit;
+    if (!exact) *out++ = '"';
+    if (value < 0) {
+        *out++ = '-';
+        out = putDigits(out, 0 - static_cast<uint64_t>(value));
+    } else {
+        out = putDigits(out, static_cast<uint64_t>(value));
+    }
+    if (!exact) *out++ = '"';
+    return out;
+}
+
+bool isValidUtf8(const char* text, size_t length)
+{
+    const auto* octets = reinterpret_cast<const uint8_t*>(text);
+    size_t at = 0;
+    while (at < length) {
+        if (octets[at] < 0x80) {
+            ++at;
+            continue;
+        }
+        const int count = sequenceLength(octets[at]);
+        if (count == 0 || length - at < static_cast<size_t>(count) || !wellFormed(octets + at, count)) return false;
+        at += static_cast<size_t>(count);
+    }
+    return true;
+}
+
+size_t utf8Prefix(const char* text, size_t length, size_t limit)
+{
+    if (limit >= length) return length;
+    size_t end = limit;
+    // Step back over continuation octets to the lead of the cut character.
+    while (end > 0 && (static_cast<uint8_t>(text[end]) & 0xC0) == 0x80) --end;
+    return end;
+}
+
+void writeJsonString(RunContext* context, const char* text, size_t length)
+{
+    qorWrite(context, "\"", 1);
+    size_t run = 0;  // where the octets not yet written begin
+    char spelled[7];
+    for (size_t at = 0; at < length; ++at) {
+        const auto octet = static_cast<uint8_t>(text[at]);
+        if (octet >= 0x20 && octet != '"' && octet != '\\') continue;
+        const char* escape = escapeOf(octet, spelled);
+        qorWrite(context, text + run, at - run);
+        qorWrite(context, escape, std::strlen(escape));
+        run = at + 1;
+    }
+    qorWrite(context, text + run, length - run);
+    qorWrite(context, "\"", 1);
+}
+
+void writeJsonHex(RunContext* context, OctetView octets)
+{
+    qorWrite(context, "\"", 1);
+    qorWriteHexDigits(context, octets.data(), 2 * octets.size());
+    qorWrite(context, "\"", 1);
+}
+
+void writeJsonNumber(RunContext* context, int64_t value)
+{
+    char digits[24];
+    qorWrite(context, digits, static_cast<size_t>(putJsonNumber(digits, value) - digits));
+}

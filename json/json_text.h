@@ -1,0 +1,42 @@
+// JSON text for the -json layout: strings escaped as RFC 8259 asks, octets
+// as hexadecimal strings, numbers; all written into the run buffer.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "runtime/output.h"
+#include "tlv/octet_view.h"
+
+struct RunContext;
+
+// Whether `length` octets are well-formed UTF-8 (RFC 3629): no overlong
+// form, no surrogate, nothing beyond U+10FFFF, no sequence cut short.
+bool isValidUtf8(const char* text, size_t length);
+
+// How many of the first `limit` octets of a UTF-8 text can be kept without
+// cutting a character in two.
+size_t utf8Prefix(const char* text, size_t length, size_t limit);
+
+// A string in quotes: '"', '\' and the control characters U+0000 to U+001F
+// escaped, everything else as it stands. The text must be valid UTF-8.
+void writeJsonString(RunContext* context, const char* text, size_t length);
+
+// Octets as a string of upper-case hexadecimal digits, two an octet.
+void writeJsonHex(RunContext* context, OctetView octets);
+
+// Writes the digits of `value` at `out` as writeJsonNumber writes them;
+// returns the end. Needs 24 chars.
+char* putJsonNumber(char* out, int64_t value);
+
+// A number; one beyond 2^53 in magnitude, which not every reader holds
+// exactly in a double, is written as a string of its digits.
+void writeJsonNumber(RunContext* context, int64_t value);
+
+// Fixed JSON text (keys with their quotes, commas, brackets), its length
+// known at compile time.
+template <size_t N>
+inline void writeJsonLiteral(RunContext* context, const char (&text)[N])
+{
+    qorWrite(context, text, N - 1);
+}

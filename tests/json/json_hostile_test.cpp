@@ -1,0 +1,118 @@
+// The shapes that make a careless walker quadratic or deep, through -json:
+// each run ends normally within a time bound and leaves whole JSON lines.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "app/entry.h"
+#include "runtime/output.h"
+
+namespace {
+
+using Octets = std::vector<uint8_t>;
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr double kBudgetSeconds = 90;
+#else
+constexpr double kBudgetSeconds = 20;
+#endif
+
+struct JsonRun {
+    int status;
+    std::string output;
+};
+
+JsonRun runJson(const Octets& input)
+{
+    const char* args[] = {"qortlv", "-json", "hostile.ber"};
+    JsonRun run{0, {}};
+    OutStream* sink = outStreamForSink(&run.output);
+    const auto start = std::chrono::steady_clock::now();
+    run.status = runEntryOnBuffer(3, const_cast<char**>(args), input.data(), input.size(), sink);
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    outStreamRelease(sink);
+    EXPECT_LT(seconds, kBudgetSeconds);
+    return run;
+}
+
+// Every line one object whose brackets close, strings taken into account;
+// returns the count of lines, or -1.
+long wholeLines(const std::string& output)
+{
+    long lines = 0;
+    long open = 0;
+    bool inString = false;
+    for (size_t at = 0; at < output.size(); ++at) {
+        const char c = output[at];
+        if (inString) {
+            if (c == '\\') ++at;
+            if (c == '"') inString = false;
+            continue;
+        }
+        if (c == '"') inString = true;
+        if (c == '{' || c == '[') ++open;
+        if (c == '}' || c == ']') --open;
+        if (open < 0) return -1;
+        if (c == '\n') {
+            if (open != 0) return -1;
+            ++lines;
+        }
+    }
+    return open == 0 && !inString && (output.empty() || output.back() == '\n') ? lines : -1;
+}
+
+TEST(JsonHostileShapes, MillionNestedIndefiniteElements)
+{
+    constexpr int kLevels = 1000000;
+    Octets input;
+    for (int i = 0; i < kLevels; ++i) input.insert(input.end(), {0x30, 0x80});
+    input.insert(input.end(), {0x05, 0x00});
+    for (int i = 0; i < kLevels; ++i) input.insert(input.end(), {0x00, 0x00});
+    const JsonRun run = runJson(input);
+    EXPECT_EQ(0, run.status);
+    EXPECT_EQ(1, wholeLines(run.output));
+    // The walk goes 256 levels deep; the 256th shows its contents in hex.
+    EXPECT_NE(std::string::npos, run.output.find("\"too_deep\":true"));
+    EXPECT_NE(std::string::npos, run.output.find("\"truncated\":true"));
+}
+
+TEST(JsonHostileShapes, MillionNestedIndefiniteElementsWithoutEnds)
+{
+    Octets input;
+    for (int i = 0; i < 1000000; ++i) input.insert(input.end(), {0x30, 0x80});
+    const JsonRun run = runJson(input);
+    EXPECT_EQ(0, run.status);
+    EXPECT_EQ(1, wholeLines(run.output));
+    EXPECT_NE(std::string::npos, run.output.find("{\"code\":36,"));
+}
+
+TEST(JsonHostileShapes, HundredMegabyteOctetStringIsCut)
+{
+    constexpr uint32_t kLength = 100u << 20;
+    Octets input(6 + static_cast<size_t>(kLength), 0x41);
+    const uint8_t header[] = {0x04, 0x84, static_cast<uint8_t>(kLength >> 24), static_cast<uint8_t>(kLength >> 16),
+                              static_cast<uint8_t>(kLength >> 8), static_cast<uint8_t>(kLength)};
+    for (size_t i = 0; i < sizeof header; ++i) input[i] = header[i];
+    const JsonRun run = runJson(input);
+    EXPECT_EQ(0, run.status);
+    EXPECT_EQ(1, wholeLines(run.output));
+    // 64 KiB of contents in hexadecimal, and the mark.
+    std::string hex;
+    for (int i = 0; i < 65536; ++i) hex += "41";
+    EXPECT_NE(std::string::npos, run.output.find("\"hex\":\"" + hex + "\""));
+    EXPECT_NE(std::string::npos, run.output.find("\"truncated\":true"));
+}
+
+TEST(JsonHostileShapes, MillionConcatenatedRecords)
+{
+    Octets input;
+    for (int i = 0; i < 1000000; ++i) input.insert(input.end(), {0x02, 0x01, 0x05});
+    const JsonRun run = runJson(input);
+    EXPECT_EQ(0, run.status);
+    EXPECT_EQ(1000000, wholeLines(run.output));
+    EXPECT_NE(std::string::npos, run.output.find("{\"kind\":\"record\",\"record\":1000000,\"offset\":2999997,"));
+}
+
+}  // namespace
