@@ -9,6 +9,9 @@
 #include <cstring>
 
 #include "app/driver.h"
+#include "app/run_extensions.h"
+#include "app/signal.h"
+#include "oids/oid_file.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "tlv/decomposed_layout.h"
@@ -37,6 +40,10 @@ enum OptionNumber : int16_t {
     OPT_NO_CDR_HEADERS = 17,
     OPT_PEM = 18,
     OPT_BASE64 = 19,
+    OPT_OIDS = 20,
+    OPT_OID_FILE = 21,
+    OPT_DIG = 22,
+    OPT_UTF8 = 23,
 };
 
 struct OptionRow {
@@ -68,6 +75,12 @@ constexpr OptionRow kOptions[] = {
     // abbreviation above changes its meaning ("-p" is -pad, "-b" -binary).
     {"-pem", OPT_PEM, 3},
     {"-base64", OPT_BASE64, 3},
+    // Whole names, or "-oidf": "-o" and "-ou.." stay -output, and "-d..",
+    // "-di.." and "-u.." are left free.
+    {"-oids", OPT_OIDS, 5},
+    {"-oidfile", OPT_OID_FILE, 5},
+    {"-dig", OPT_DIG, 4},
+    {"-utf8", OPT_UTF8, 5},
     {"", OPT_NONE, 0},
 };
 
@@ -139,6 +152,17 @@ int takePadByte(RunContext* context, int argc, char** argv, int at)
     long value = std::strtol(text, &end, 0);
     if (*end != '\0' || errno != 0 || value > 255) exitWithMessage(context, kBadPadByte, text);
     context->padByteSpec = static_cast<uint32_t>(value) + 1;
+    return at + 1;
+}
+
+// -oidfile: the next argument names the file, loaded at once.
+int takeOidFile(RunContext* context, DriverState& state, int argc, char** argv, int at)
+{
+    if (at + 1 >= argc || argv[at + 1][0] == '-') {
+        std::fputs("qortlv: -oidfile needs the name of a file of OID names.\n", stderr);
+        jumpToTarget(context, kOidFileStatus);
+    }
+    state.extensions->loadOidFile(argv[at + 1]);
     return at + 1;
 }
 
@@ -237,6 +261,18 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
                 break;
             case OPT_PAD:
                 at = takePadByte(context, argc, argv, at);
+                break;
+            case OPT_OIDS:
+                state.extensions->nameOids();
+                break;
+            case OPT_OID_FILE:
+                at = takeOidFile(context, state, argc, argv, at);
+                break;
+            case OPT_DIG:
+                state.extensions->settings().digEncapsulated = true;
+                break;
+            case OPT_UTF8:
+                state.extensions->settings().utf8Text = true;
                 break;
             case OPT_HELP:
                 printHelp(context);

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "app/signal.h"
+#include "meaning/encapsulation.h"
 #include "render/tag_name.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
@@ -185,6 +186,14 @@ void walkRecords(RunContext* context, const uint8_t* element, int32_t& count, in
 
         int32_t inner = count;
         const uint8_t* inside = firstInsideOf(context, read, inner);
+        if (inside == nullptr && context->extensions != nullptr) {
+            // -dig: a string that encapsulates BER is gone into like a constructed element.
+            const OctetView dug = encapsulatedContents(context, read, MAX_WALK_DEPTH - 1 - depth);
+            if (!dug.empty()) {
+                inside = dug.data();
+                inner = dug.size();
+            }
+        }
         int32_t contentsLength = inner;
         if (inside != nullptr) {
             titles = true;
