@@ -68,6 +68,23 @@ bool minimalInteger(OctetView contents)
     return !((first == 0x00 && (second & 0x80) == 0) || (first == 0xFF && (second & 0x80) != 0));
 }
 
+// The primitive universal types that a DER value carried in a string is
+// found to be on its own: BOOLEAN, INTEGER, BIT STRING, OCTET STRING, NULL,
+// OBJECT IDENTIFIER, ENUMERATED, UTF8String, PrintableString, IA5String,
+// the two times, VisibleString and BMPString. The rest (T.61 and the other
+// old string types, REAL, the date and time types) still count as elements
+// but make no contents BER by themselves.
+constexpr bool telling(int32_t tag)
+{
+    switch (tag) {
+        case 1: case 2: case 3: case 4: case 5: case 6: case 10: case 12: case 19: case 22: case 23: case 24:
+        case 26: case 30:
+            return true;
+        default:
+            return false;
+    }
+}
+
 // The rules of a primitive universal element's contents.
 bool primitiveContentsHold(int32_t tag, OctetView contents)
 {
@@ -149,8 +166,10 @@ bool holdsBer(OctetView whole, bool bitString, int levels)
     int depth = 0;
     const uint8_t* cursor = whole.data();
     const uint8_t* const end = whole.end();
-    bool meaningful = false;  // a constructed element, or a universal tag below 31
+    bool meaningful = false;  // a constructed element, or a telling universal one
     bool constructedSeen = false;
+    int topLevel = 0;
+    bool primitiveAtTop = false;
     while (true) {
         while (depth > 0 && !open[depth - 1].indefinite && cursor == open[depth - 1].end) --depth;
         if (depth == 0 && cursor == end) break;
@@ -175,14 +194,21 @@ bool holdsBer(OctetView whole, bool bitString, int levels)
                 (forms == Forms::ConstructedOnly && !constructed)) {
                 return false;
             }
-            if (tag < HIGH_TAG_MASK) meaningful = true;
+            if (telling(tag)) meaningful = true;
         } else if (depth == 0 && !constructed) {
             return false;  // a bare tagged octet run at the top is what noise looks like
+        }
+        // Several values side by side are records, each constructed; a lone
+        // value may be primitive.
+        if (depth == 0) {
+            ++topLevel;
+            if (!constructed) primitiveAtTop = true;
+            if (topLevel > 1 && primitiveAtTop) return false;
         }
         if (constructed) {
             meaningful = true;
             constructedSeen = true;
-            if (depth + 1 >= levels) return false;
+            if (length != 0 && depth + 1 >= levels) return false;  // its contents would lie past the walk
             open[depth++] = length == LENGTH_INDEFINITE ? Frame{limit, true} : Frame{cursor + length, false};
             continue;
         }

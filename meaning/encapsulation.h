@@ -9,9 +9,13 @@
 // unassigned, none in a form its type forbids; the primitive universal
 // types whose contents have rules (BOOLEAN, INTEGER, NULL, OBJECT
 // IDENTIFIER, the character strings and the times) keep them; at the top
-// level only universal or constructed elements; at least one constructed
-// element or universal tag below 31; and in a BIT STRING at least one
-// constructed element (a bare EC point starts with 02, 03 or 04).
+// level only universal or constructed elements, and either one element or
+// several constructed ones; at least one constructed element or one of the
+// universal types that DER values inside strings are (see `telling`); and
+// in a BIT STRING at least one constructed element (a bare EC point starts
+// with 02, 03 or 04). Random strings of 16 to 64 octets pass about five
+// times in 100,000, nearly all as a lone INTEGER, ENUMERATED, OCTET STRING
+// or OBJECT IDENTIFIER whose length happens to fit.
 #pragma once
 
 #include <cstdint>
