@@ -186,8 +186,9 @@ void walkRecords(RunContext* context, const uint8_t* element, int32_t& count, in
 
         int32_t inner = count;
         const uint8_t* inside = firstInsideOf(context, read, inner);
-        if (inside == nullptr && context->extensions != nullptr) {
-            // -dig: a string that encapsulates BER is gone into like a constructed element.
+        if (inside == nullptr && context->extensions != nullptr && (context->toolFlags & TLV_SYNTAX_LAYOUT) != 0) {
+            // -dig: a string that encapsulates BER is gone into like a constructed
+            // element; the hexadecimal layout shows octets only.
             const OctetView dug = encapsulatedContents(context, read, MAX_WALK_DEPTH - 1 - depth);
             if (!dug.empty()) {
                 inside = dug.data();
