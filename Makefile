@@ -1,21 +1,31 @@
 # Two commands on a fresh machine: `make run` and `make test`.
 BUILD ?= build
+PREFIX ?= /usr/local
 SANITIZE_BUILD ?= build-sanitize
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all build run test test-sanitize bench fuzz fuzz-run clean
+.PHONY: all build configure run test install test-sanitize bench fuzz fuzz-run clean
 
 all: build
 
-build:
+configure:
 	@cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=Release >/dev/null
+
+build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
 
-run: build
-	./$(BUILD)/qortlv -syntax examples/certificate.der
+# Only the program: the unit tests are built by `make test`.
+run: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target qortlv
+	$(BUILD)/qortlv -syntax examples/certificate.der
 
 test: build
 	cd $(BUILD) && ctest --output-on-failure
+
+# The program, its manual page, the bash completion and the bundled data.
+install: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target qortlv
+	cmake --install $(BUILD) --prefix "$(PREFIX)"
 
 test-sanitize:
 	@cmake -S . -B $(SANITIZE_BUILD) -DCMAKE_BUILD_TYPE=Debug -DQORTLV_SANITIZE=ON >/dev/null

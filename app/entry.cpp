@@ -1,6 +1,7 @@
 #include "app/entry.h"
 
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 
 #include "app/driver.h"
@@ -9,6 +10,19 @@
 #include "runtime/output.h"
 
 namespace {
+
+// The version of the banner and of --version.
+constexpr char kVersion[] = "10.3";
+
+// --version, anywhere on the line, answers alone: no banner, no run. No
+// option takes an argument that begins with "-", so it is never a name.
+bool asksForVersion(int argc, char** argv)
+{
+    for (int at = 1; at < argc; ++at) {
+        if (std::strcmp(argv[at], "--version") == 0) return true;
+    }
+    return false;
+}
 
 int currentYearUtc()
 {
@@ -28,7 +42,13 @@ int runEntryOn(int argc, char** argv, std::FILE* input, OutStream* console)
         return started;
     }
     if (console != nullptr) context.outStream = console;
-    qorPrint(&context, "QOR Marvane TLV Print Utility  Version 10.3\n");
+    if (asksForVersion(argc, argv)) {
+        qorPrint(&context, "qortlv %s\n", kVersion);
+        qorStopContext(&context);
+        qorFlush(&context);
+        return 0;
+    }
+    qorPrint(&context, "QOR Marvane TLV Print Utility  Version %s\n", kVersion);
     qorPrint(&context, "Copyright (C) QOR Marvane 1995-%d. All rights reserved.\n\n", year);
     setErrorHook(&context, printToolError);
     context.toolFlags |= TLV_TOOL_RUN;

@@ -38,6 +38,8 @@ struct ExtensionHelp {
 
 // One row an extension option, in the order the options are looked up.
 constexpr ExtensionHelp kExtensionHelp[] = {
+    {"--help", "print help information, as -help"},
+    {"--version", "print the version number alone"},
     {"-pem <infile>", "print BER encoding from each PEM block of a text file, behind a line with the block's "
                       "number and label"},
     {"-base64 <infile>", "print BER encoding from a base64 or base64url text file"},

@@ -73,6 +73,8 @@ constexpr OptionRow kOptions[] = {
     {"-nocdrheaders", OPT_NO_CDR_HEADERS, 4},
     // Extensions stand behind every row above: the first match wins, so no
     // abbreviation above changes its meaning ("-p" is -pad, "-b" -binary).
+    // --help is whole or nothing; --version is answered before the loop.
+    {"--help", OPT_HELP, 6},
     {"-pem", OPT_PEM, 3},
     {"-base64", OPT_BASE64, 3},
     // Whole names, or "-oidf": "-o" and "-ou.." stay -output, and "-d..",

@@ -83,13 +83,12 @@ bool plainPrimitive(const Element& element)
 // False for contents the decoder refuses: those take the decoder's road.
 bool simpleValue(RunContext* context, const UniversalTag& row, const Element& element, Rendered& result)
 {
-    const OctetView contents = element.contents();
-    const uint8_t* octets = contents.data();
-    const int32_t size = contents.size();
+    const OctetView octets = element.contents();
+    const int32_t size = octets.size();
     switch (row.pdu) {
         case kBooleanPdu:
             if (size != 1) return false;
-            result = octets[0] != 0 ? Rendered::shortText("TRUE", 4) : Rendered::shortText("FALSE", 5);
+            result = octets.at(0) != 0 ? Rendered::shortText("TRUE", 4) : Rendered::shortText("FALSE", 5);
             return true;
         case kNullPdu:
             if (size != 0) return false;
@@ -98,11 +97,12 @@ bool simpleValue(RunContext* context, const UniversalTag& row, const Element& el
         case kIntegerPdu: {
             if (size == 0 || size >= kHugeIntegerFrom) return false;
             // The first nine bits all equal: needlessly long.
-            if (size > 1 && ((octets[0] == 0 && (octets[1] & 0x80) == 0) || (octets[0] == 0xFF && (octets[1] & 0x80) != 0))) {
+            if (size > 1 && ((octets.at(0) == 0 && (octets.at(1) & 0x80) == 0) ||
+                             (octets.at(0) == 0xFF && (octets.at(1) & 0x80) != 0))) {
                 return false;
             }
-            uint32_t value = (octets[0] & 0x80) != 0 ? 0xFFFFFFFFu : 0;
-            for (int32_t i = 0; i < size; ++i) value = (value << 8) | octets[i];
+            uint32_t value = (octets.at(0) & 0x80) != 0 ? 0xFFFFFFFFu : 0;
+            for (int32_t i = 0; i < size; ++i) value = (value << 8) | octets.at(i);
             char text[Rendered::kShortest];
             const size_t length =
                 shortIntegerChars(static_cast<int32_t>(value), (context->toolFlags & TLV_NO_ADDITION) != 0, text);
@@ -122,19 +122,18 @@ bool simpleValue(RunContext* context, const UniversalTag& row, const Element& el
 bool directText(RunContext* context, const UniversalTag& row, const Element& element, Rendered& result)
 {
     const OctetView contents = element.contents();
-    const uint8_t* octets = contents.data();
     const int32_t size = contents.size();
     RenderInput input = {element.start(), element.available(), element.length};
     char* text = nullptr;
     if (row.pdu == kIa5StringPdu) {
         for (int32_t i = 0; i < size; ++i) {
-            if (octets[i] > 0x7F) return false;
+            if (contents.at(i) > 0x7F) return false;
         }
-        const CountedValue value = {static_cast<uint32_t>(size), size > 0 ? octets : nullptr};
+        const CountedValue value = {static_cast<uint32_t>(size), size > 0 ? contents.data() : nullptr};
         if (row.makeText(context, input, &value, text) != 0) return false;
     } else if (row.pdu == kObjectIdentifierPdu) {
-        if (size == 0 || size > 0xFFFF || (octets[size - 1] & 0x80) != 0) return false;
-        const EncodedOid value = {static_cast<uint16_t>(size), octets};
+        if (size == 0 || size > 0xFFFF || (contents.at(size - 1) & 0x80) != 0) return false;
+        const EncodedOid value = {static_cast<uint16_t>(size), contents.data()};
         if (row.makeText(context, input, &value, text) != 0) {
             qorFree(context, text);
             return false;

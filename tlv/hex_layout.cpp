@@ -123,7 +123,7 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
     int column = line.blanks(indent) + line.hexDigits(element, 2 * identifier) + line.text(suffix.data(), suffix.size());
     if (!indefinite) {
         if (repaired) showOriginalLength(context, element, identifier, true);
-        column += line.hexDigits(element + identifier, 2 * (lengthEnd - identifier));
+        column += line.hexDigits(read.whole.from(identifier).data(), 2 * (lengthEnd - identifier));
         if (repaired) showOriginalLength(context, element, identifier, false);
         if ((first & 0x80) != 0) {
             column += line.character('(') + line.decimal(shown) + line.character(')');
@@ -157,7 +157,7 @@ int printHexElement(RunContext* context, const Element& read, int depth, bool& i
     } else if (digits > 0) {
         // Whole octets: an odd limit shows one digit more.
         line.character(' ');
-        line.hexDigits(element + header, 2 * ((digits + 1) / 2));
+        line.hexDigits(read.whole.from(header).data(), 2 * ((digits + 1) / 2));
         if (truncated) line.text("...", 3);
     }
     return stop ? 1 : 0;

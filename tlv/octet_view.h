@@ -15,6 +15,16 @@ public:
     constexpr bool empty() const { return size_ == 0; }
     constexpr const uint8_t* end() const { return data_ + size_; }
 
+    // The octet at `index`, which the caller has checked to lie in the view.
+    constexpr uint8_t at(int32_t index) const { return data_[index]; }
+    // How many octets from the start equal `octet`.
+    constexpr int32_t spanOf(uint8_t octet) const
+    {
+        int32_t count = 0;
+        while (count < size_ && data_[count] == octet) ++count;
+        return count;
+    }
+
     // The first octet, if there is one.
     constexpr bool peek(uint8_t& octet) const
     {

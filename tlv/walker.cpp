@@ -130,8 +130,7 @@ int32_t skipPadding(RunContext* context, const uint8_t*& cursor, int32_t& count)
     // A negative -pad value is no octet: nothing equals it.
     if (context->padByteSpec - 1 > 0xFF) return 0;
     auto pad = static_cast<uint8_t>(context->padByteSpec - 1);
-    int32_t skipped = 0;
-    while (skipped < count && cursor[skipped] == pad) ++skipped;
+    const int32_t skipped = OctetView(cursor, count).spanOf(pad);
     if (skipped == 0) return 0;
     qorPrint(context, "\n\nPadding byte '0x%s%X' detected, skipping %ld bytes ...\n\n",
              pad < 16 ? "0" : "", pad, static_cast<long>(skipped));
@@ -141,82 +140,136 @@ int32_t skipPadding(RunContext* context, const uint8_t*& cursor, int32_t& count)
     return skipped;
 }
 
-void walkRecords(RunContext* context, const uint8_t* element, int32_t& count, int depth,
-                 bool& titles, ElementPrinter printer)
+RecordSteps::RecordSteps(RunContext* context, const uint8_t* input, int32_t count) : probe_{count, 0, 0}
 {
-    if (count <= 0) return;
-    CdrProbe probe = {count, 0, 0};
-    if (depth == 0 && (context->toolFlags & TLV_NO_CDR_HEADERS) == 0) {
-        if (!detectCdrHeaders(context, element, count, probe)) {
-            probe.fileHeaderLength = 0;
-            probe.recordHeaderLength = 0;
+    if ((context->toolFlags & TLV_NO_CDR_HEADERS) == 0 && detectCdrHeaders(context, input, count, probe_)) return;
+    probe_.fileHeaderLength = 0;
+    probe_.recordHeaderLength = 0;
+}
+
+bool RecordSteps::next(RunContext* context, const uint8_t*& element, int32_t& count, bool& titles)
+{
+    ++recordNumber_;
+    if ((context->toolFlags & TLV_FIX_ENCODING) != 0 && count <= context->state->spareTail) return false;
+    if (recordNumber_ == 1) {
+        if (probe_.fileHeaderLength > 0) skipCdrHeader(context, element, count, probe_.fileHeaderLength, "file");
+        if (probe_.recordHeaderLength > 0) {
+            skipCdrHeader(context, element, count, probe_.recordHeaderLength, "record");
+            qorWrite(context, "\n", 1);
         }
     }
-    int recordNumber = 0;
-    while (true) {
-        if (depth == 0) {
-            ++recordNumber;
-            if ((context->toolFlags & TLV_FIX_ENCODING) != 0 && count <= context->state->spareTail) return;
-            if (recordNumber == 1) {
-                if (probe.fileHeaderLength > 0) {
-                    skipCdrHeader(context, element, count, probe.fileHeaderLength, "file");
-                }
-                if (probe.recordHeaderLength > 0) {
-                    skipCdrHeader(context, element, count, probe.recordHeaderLength, "record");
-                    qorWrite(context, "\n", 1);
-                }
-            }
-            if (probe.fileHeaderLength == 0) {
-                if (skipPadding(context, element, count) != 0 && count == 0) return;
-            }
-            if (recordNumber >= 2) {
-                qorPrint(context, "\n\nConcatenated record #%d detected, printing ...\n", recordNumber);
-                titles = true;
-                if (probe.recordHeaderLength > 0) {
-                    skipCdrHeader(context, element, count, probe.recordHeaderLength, "record");
-                    qorWrite(context, "\n", 1);
-                }
-            }
-        }
-        bool indefinite = false;
-        Element read = readElement(element, count);
-        if (printer(context, read, depth, indefinite, titles) != 0) return;
-        // The repair may have rewritten a length octet while printing.
-        if ((context->toolFlags & TLV_FIX_ENCODING) != 0) read = readElement(element, count);
-
-        int32_t inner = count;
-        const uint8_t* inside = firstInsideOf(context, read, inner);
-        if (inside == nullptr && context->extensions != nullptr && (context->toolFlags & TLV_SYNTAX_LAYOUT) != 0) {
-            // -dig: a string that encapsulates BER is gone into like a constructed
-            // element; the hexadecimal layout shows octets only.
-            const OctetView dug = encapsulatedContents(context, read, MAX_WALK_DEPTH - 1 - depth);
-            if (!dug.empty()) {
-                inside = dug.data();
-                inner = dug.size();
-            }
-        }
-        int32_t contentsLength = inner;
-        if (inside != nullptr) {
-            titles = true;
-            if (depth + 1 < MAX_WALK_DEPTH) {
-                walkRecords(context, inside, inner, depth + 1, titles, printer);
-            } else {
-                printTooDeep(context, depth + 1);
-            }
-        }
-        titles = false;
-        if (indefinite && inside != nullptr && endOfContentsFollows(context, inside + contentsLength)) {
+    // Padding is looked for only between records of a file without a header.
+    if (probe_.fileHeaderLength == 0 && skipPadding(context, element, count) != 0 && count == 0) return false;
+    if (recordNumber_ >= 2) {
+        qorPrint(context, "\n\nConcatenated record #%d detected, printing ...\n", recordNumber_);
+        titles = true;
+        if (probe_.recordHeaderLength > 0) {
+            skipCdrHeader(context, element, count, probe_.recordHeaderLength, "record");
             qorWrite(context, "\n", 1);
-            qorBlanks(context, 2 * depth);
-            if ((context->toolFlags & TLV_SYNTAX_LAYOUT) != 0) {
-                qorWrite(context, "END-OF-CONTENTS", 15);
-            } else {
-                qorWrite(context, "00 00", 5);
+        }
+    }
+    return true;
+}
+
+void printEndOfContents(RunContext* context, int depth)
+{
+    qorWrite(context, "\n", 1);
+    qorBlanks(context, 2 * depth);
+    if ((context->toolFlags & TLV_SYNTAX_LAYOUT) != 0) {
+        qorWrite(context, "END-OF-CONTENTS", 15);
+    } else {
+        qorWrite(context, "00 00", 5);
+    }
+}
+
+namespace {
+
+// One open level of a walk: the element it stands at, what is left of its
+// enclosing contents, and what was found of the element.
+struct WalkLevel {
+    const uint8_t* element;
+    int32_t count;
+    Element read;
+    const uint8_t* inside;
+    int32_t contentsLength;
+    bool indefinite;
+};
+
+}  // namespace
+
+void walkRecords(RunContext* context, const uint8_t* first, int32_t& total, int top, bool& titles,
+                 ElementPrinter printer)
+{
+    if (total <= 0) return;
+    // Records, their headers and the padding between them belong to the top level.
+    RecordSteps records = top == 0 ? RecordSteps(context, first, total) : RecordSteps();
+    WalkLevel levels[MAX_WALK_DEPTH];
+    int depth = top;
+    WalkLevel* level = &levels[0];
+    level->element = first;
+    level->count = total;
+    while (true) {
+        // Print the element the level stands at, and go inside it.
+        bool printed = false;
+        if (depth != 0 || records.next(context, level->element, level->count, titles)) {
+            level->read = readElement(level->element, level->count);
+            level->indefinite = false;
+            if (printer(context, level->read, depth, level->indefinite, titles) == 0) {
+                // The repair may have rewritten a length octet while printing.
+                if ((context->toolFlags & TLV_FIX_ENCODING) != 0) {
+                    level->read = readElement(level->element, level->count);
+                }
+                int32_t inner = level->count;
+                level->inside = firstInsideOf(context, level->read, inner);
+                if (level->inside == nullptr && context->extensions != nullptr &&
+                    (context->toolFlags & TLV_SYNTAX_LAYOUT) != 0) {
+                    // -dig: a string that encapsulates BER is gone into like a constructed
+                    // element; the hexadecimal layout shows octets only.
+                    const OctetView dug = encapsulatedContents(context, level->read, MAX_WALK_DEPTH - 1 - depth);
+                    if (!dug.empty()) {
+                        level->inside = dug.data();
+                        inner = dug.size();
+                    }
+                }
+                level->contentsLength = inner;
+                printed = true;
+                if (level->inside != nullptr) {
+                    titles = true;
+                    if (depth + 1 < MAX_WALK_DEPTH) {
+                        WalkLevel* child = level + 1;
+                        child->element = level->inside;
+                        child->count = inner;
+                        level = child;
+                        ++depth;
+                        continue;
+                    }
+                    printTooDeep(context, depth + 1);
+                }
             }
         }
-        if (depth == 0) qorRecordDone(context);
-        const uint8_t* next = nextElementOf(context, read, count);
-        if (next == nullptr || count == 0) return;
-        element = next;
+        // Close the element and step on; a level that ends hands over to the
+        // one above, which steps over the element it went into.
+        while (true) {
+            if (printed) {
+                titles = false;
+                if (level->indefinite && level->inside != nullptr &&
+                    endOfContentsFollows(context, level->inside + level->contentsLength)) {
+                    printEndOfContents(context, depth);
+                }
+                if (depth == 0) qorRecordDone(context);
+                const uint8_t* next = nextElementOf(context, level->read, level->count);
+                if (next != nullptr && level->count != 0) {
+                    level->element = next;
+                    break;
+                }
+            }
+            if (depth == top) {
+                total = level->count;
+                return;
+            }
+            --level;
+            --depth;
+            printed = true;
+        }
     }
 }

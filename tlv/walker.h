@@ -26,6 +26,25 @@ struct CdrProbe {
     int32_t recordHeaderLength;
 };
 
+// The steps in front of each record of the top level: CDR file and record
+// headers, padding between records, the announcement of a further record.
+class RecordSteps {
+public:
+    RecordSteps() = default;
+    // Detects CDR headers in the input (unless -nocdrheaders).
+    RecordSteps(RunContext* context, const uint8_t* input, int32_t count);
+    // Counts the next record and steps over what stands in front of it;
+    // false when the walk must end instead.
+    bool next(RunContext* context, const uint8_t*& element, int32_t& count, bool& titles);
+
+private:
+    CdrProbe probe_ = {0, 0, 0};
+    int recordNumber_ = 0;
+};
+
+// The line of an end-of-contents at `depth`, in the layout's form.
+void printEndOfContents(RunContext* context, int depth);
+
 void walkRecords(RunContext* context, const uint8_t* element, int32_t& count, int depth,
                  bool& titles, ElementPrinter printer);
 bool detectCdrHeaders(RunContext* context, const uint8_t* input, int32_t inputLength,
