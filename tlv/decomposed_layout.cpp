@@ -204,7 +204,8 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
         return bad ? 1 : 0;
     }
     // -dig: the walk lists the string's contents as elements.
-    if (context->extensions != nullptr && printEncapsulationMark(context, element, MAX_WALK_DEPTH - depth, true)) {
+    const bool extended = context->extensions != nullptr;
+    if (extended && printEncapsulationMark(context, element, MAX_WALK_DEPTH - depth, true)) {
         return bad ? 1 : 0;
     }
     Rendered value = renderContents(context, element, name.row);
@@ -214,7 +215,7 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
             column += qorWrite(context, ":", 1);
             printRendered(context, value, name.row, column);
         }
-        if (!failed && context->extensions != nullptr) printOidName(context, element, false);
+        if (!failed && extended) printOidName(context, element, false);
         if (failed) {
             context->toolFlags &= ~TLV_VALUE_FAILED;
             bad = true;

@@ -129,7 +129,8 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     }
     if (bad && length == LENGTH_TRUNCATED) return 1;
     // -dig: the walk lists the string's contents as elements.
-    if (context->extensions != nullptr && printEncapsulationMark(context, element, MAX_WALK_DEPTH - 1 - depth, false)) {
+    const bool extended = context->extensions != nullptr;
+    if (extended && printEncapsulationMark(context, element, MAX_WALK_DEPTH - 1 - depth, false)) {
         return bad ? 1 : 0;
     }
 
@@ -137,7 +138,7 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
         if (!element.constructed || failed) printRendered(context, value, name.row, column);
-        if (!failed && context->extensions != nullptr) printOidName(context, element, true);
+        if (!failed && extended) printOidName(context, element, true);
         if (failed) {
             context->toolFlags &= ~TLV_VALUE_FAILED;
             bad = true;
