@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "app/input.h"
+#include "app/run_extensions.h"
 #include "app/options.h"
 #include "app/signal.h"
 #include "app/text_input.h"
@@ -184,6 +185,8 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
 {
     const uint32_t savedFlags = context->toolFlags;
     DriverState state{};
+    RunExtensionsScope extensions(context);
+    state.extensions = &extensions;
     state.binaryInput = true;
     state.presetInput = input;
     context->jumpTarget = true;

@@ -8,6 +8,7 @@
 #include "runtime/buffers.h"
 
 struct RunContext;
+class RunExtensionsScope;
 
 using LayoutPrinter = void (*)(RunContext* context, InputBuffer& buffer);
 
@@ -28,6 +29,7 @@ struct DriverState {
     InputBuffer buffer;
     DecodedInput decoded;  // -pem and -base64
     char nameFromStdin[256];  // the input name read by the "-" option
+    RunExtensionsScope* extensions;  // the run's extension settings and tables
 };
 
 int runDriver(RunContext* context, int argc, char** argv);

@@ -10,6 +10,9 @@
 
 #include "app/driver.h"
 #include "json/json_layout.h"
+#include "app/run_extensions.h"
+#include "app/signal.h"
+#include "oids/oid_file.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "tlv/decomposed_layout.h"
@@ -39,6 +42,10 @@ enum OptionNumber : int16_t {
     OPT_PEM = 18,
     OPT_BASE64 = 19,
     OPT_JSON = 20,
+    OPT_OIDS = 21,
+    OPT_OID_FILE = 22,
+    OPT_DIG = 23,
+    OPT_UTF8 = 24,
 };
 
 struct OptionRow {
@@ -73,6 +80,12 @@ constexpr OptionRow kOptions[] = {
     {"-pem", OPT_PEM, 3},
     {"-base64", OPT_BASE64, 3},
     {"-json", OPT_JSON, 2},
+    // Whole names, or "-oidf": "-o" and "-ou.." stay -output, and "-d..",
+    // "-di.." and "-u.." are left free.
+    {"-oids", OPT_OIDS, 5},
+    {"-oidfile", OPT_OID_FILE, 5},
+    {"-dig", OPT_DIG, 4},
+    {"-utf8", OPT_UTF8, 5},
     {"", OPT_NONE, 0},
 };
 
@@ -156,6 +169,17 @@ int takePadByte(RunContext* context, int argc, char** argv, int at)
     long value = std::strtol(text, &end, 0);
     if (*end != '\0' || errno != 0 || value > 255) exitWithMessage(context, kBadPadByte, text);
     context->padByteSpec = static_cast<uint32_t>(value) + 1;
+    return at + 1;
+}
+
+// -oidfile: the next argument names the file, loaded at once.
+int takeOidFile(RunContext* context, DriverState& state, int argc, char** argv, int at)
+{
+    if (at + 1 >= argc || argv[at + 1][0] == '-') {
+        std::fputs("qortlv: -oidfile needs the name of a file of OID names.\n", stderr);
+        jumpToTarget(context, kOidFileStatus);
+    }
+    state.extensions->loadOidFile(argv[at + 1]);
     return at + 1;
 }
 
@@ -280,6 +304,18 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
                 break;
             case OPT_PAD:
                 at = takePadByte(context, argc, argv, at);
+                break;
+            case OPT_OIDS:
+                state.extensions->nameOids();
+                break;
+            case OPT_OID_FILE:
+                at = takeOidFile(context, state, argc, argv, at);
+                break;
+            case OPT_DIG:
+                state.extensions->settings().digEncapsulated = true;
+                break;
+            case OPT_UTF8:
+                state.extensions->settings().utf8Text = true;
                 break;
             case OPT_HELP:
                 printHelp(context);

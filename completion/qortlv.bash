@@ -11,6 +11,7 @@ _qortlv_options=(
     -zfixencoding:3:file -znotrace:3 -pad:2:byte -nocdrheaders:4
     --help:6 --version:9
     -pem:3:file -base64:3:file -json:2
+    -oids:5 -oidfile:5:file -dig:4 -utf8:5
 )
 
 # What follows the option that `word` abbreviates: the first row whose name

@@ -7,6 +7,7 @@
 
 #include "app/signal.h"
 #include "decoder/values.h"
+#include "meaning/utf8_text.h"
 #include "runtime/context.h"
 #include "runtime/services.h"
 
@@ -106,6 +107,17 @@ int identifierText(RunContext* context, const void* value, char*& text, bool rel
 
 int escapedFromUnits(RunContext* context, const void* units, CharForm form, uint32_t count, char*& text)
 {
+    escapedText(context, text, units, form, count);
+    return 0;
+}
+
+// -utf8 writes the international strings as text; without it, escapes.
+int internationalText(RunContext* context, const void* units, CharForm form, uint32_t count, char*& text)
+{
+    if (utf8TextWanted(context)) {
+        utf8ReadableText(context, text, units, form, count);
+        return 0;
+    }
     escapedText(context, text, units, form, count);
     return 0;
 }
@@ -331,20 +343,20 @@ int ia5StringText(RunContext* context, const RenderInput&, const void* value, ch
 int bmpStringText(RunContext* context, const RenderInput&, const void* value, char*& text)
 {
     const auto& string = *static_cast<const CountedValue*>(value);
-    return escapedFromUnits(context, string.data, CHARS_16BIT, string.length, text);
+    return internationalText(context, string.data, CHARS_16BIT, string.length, text);
 }
 
 int universalStringText(RunContext* context, const RenderInput&, const void* value, char*& text)
 {
     const auto& string = *static_cast<const CountedValue*>(value);
-    return escapedFromUnits(context, string.data, CHARS_32BIT, string.length, text);
+    return internationalText(context, string.data, CHARS_32BIT, string.length, text);
 }
 
 int utf8StringText(RunContext* context, const RenderInput&, const void* value, char*& text)
 {
     const char* string = *static_cast<const TextValue*>(value);
     if (string == nullptr) string = "";
-    return escapedFromUnits(context, string, CHARS_UTF8, static_cast<uint32_t>(std::strlen(string)), text);
+    return internationalText(context, string, CHARS_UTF8, static_cast<uint32_t>(std::strlen(string)), text);
 }
 
 int utcTimeText(RunContext* context, const RenderInput&, const void* value, char*& text)

@@ -4,6 +4,8 @@
 #include <cstring>
 
 #include "app/signal.h"
+#include "meaning/encapsulation.h"
+#include "meaning/oid_naming.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
 #include "render/text_block.h"
@@ -56,6 +58,14 @@ void walkInside(RunContext* context, const Element& element, int32_t count, long
 {
     int32_t inner = count;
     const uint8_t* inside = firstInsideOf(context, element, inner);
+    if (inside == nullptr && context->extensions != nullptr) {
+        // -dig: a string that encapsulates BER is gone into like a constructed element.
+        const OctetView dug = encapsulatedContents(context, element, MAX_WALK_DEPTH - depth);
+        if (!dug.empty()) {
+            inside = dug.data();
+            inner = dug.size();
+        }
+    }
     if (inside == nullptr) return;
     const int32_t contentsLength = inner;
     offset += inside - element.start();
@@ -180,6 +190,11 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
                                endOfContents);
         return bad ? 1 : 0;
     }
+    // -dig: the walk lists the string's contents as elements.
+    const bool extended = context->extensions != nullptr;
+    if (extended && printEncapsulationMark(context, element, MAX_WALK_DEPTH - depth, true)) {
+        return bad ? 1 : 0;
+    }
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
@@ -187,6 +202,7 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
             column += qorWrite(context, ":", 1);
             printRendered(context, value, name.row, column);
         }
+        if (!failed && extended) printOidName(context, element, false);
         if (failed) {
             context->toolFlags &= ~TLV_VALUE_FAILED;
             bad = true;

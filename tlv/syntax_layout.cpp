@@ -6,6 +6,9 @@
 #include <string_view>
 
 #include "app/signal.h"
+#include "meaning/encapsulation.h"
+#include "meaning/oid_naming.h"
+#include "meaning/utf8_text.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
 #include "render/universal_tags.h"
@@ -125,11 +128,17 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
         }
     }
     if (bad && length == LENGTH_TRUNCATED) return 1;
+    // -dig: the walk lists the string's contents as elements.
+    const bool extended = context->extensions != nullptr;
+    if (extended && printEncapsulationMark(context, element, MAX_WALK_DEPTH - 1 - depth, false)) {
+        return bad ? 1 : 0;
+    }
 
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
         if (!element.constructed || failed) printRendered(context, value, name.row, column);
+        if (!failed && extended) printOidName(context, element, true);
         if (failed) {
             context->toolFlags &= ~TLV_VALUE_FAILED;
             bad = true;
@@ -141,7 +150,10 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
 int printRendered(RunContext* context, const Rendered& value, const UniversalTag* row, int column)
 {
     const bool hex = value.hexForm();
-    const size_t size = hex ? 2 * static_cast<size_t>(value.hex().size()) : value.textSize();
+    // -utf8 text is measured and cut by characters, not octets.
+    const bool characters = !hex && context->extensions != nullptr && utf8TextWanted(context);
+    const size_t size = hex ? 2 * static_cast<size_t>(value.hex().size())
+                        : characters ? utf8Characters(value.text(), value.textSize()) : value.textSize();
     int room = kLineEnd - column;
     const bool keepsWidth = row != nullptr && row->keepsWidth && (context->toolFlags & TLV_VALUE_FAILED) == 0;
     size_t shown = size;
@@ -156,6 +168,12 @@ int printRendered(RunContext* context, const Rendered& value, const UniversalTag
             cut = true;
             shown = room <= 3 ? 0 : static_cast<size_t>(room - 3);
         }
+    }
+    if (characters) {
+        OutputLine line(context, utf8PrefixOctets(value.text(), value.textSize(), shown) + 3);
+        line.text(value.text(), utf8PrefixOctets(value.text(), value.textSize(), shown));
+        if (cut) line.text("...", 3);
+        return static_cast<int>(shown) + (cut ? 3 : 0);
     }
     OutputLine line(context, shown + 3);
     int printed = hex ? line.hexDigits(value.hex().data(), static_cast<int32_t>(shown)) : line.text(value.text(), shown);

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "app/signal.h"
+#include "meaning/encapsulation.h"
 #include "render/tag_name.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
@@ -220,6 +221,16 @@ void walkRecords(RunContext* context, const uint8_t* first, int32_t& total, int 
                 }
                 int32_t inner = level->count;
                 level->inside = firstInsideOf(context, level->read, inner);
+                if (level->inside == nullptr && context->extensions != nullptr &&
+                    (context->toolFlags & TLV_SYNTAX_LAYOUT) != 0) {
+                    // -dig: a string that encapsulates BER is gone into like a constructed
+                    // element; the hexadecimal layout shows octets only.
+                    const OctetView dug = encapsulatedContents(context, level->read, MAX_WALK_DEPTH - 1 - depth);
+                    if (!dug.empty()) {
+                        level->inside = dug.data();
+                        inner = dug.size();
+                    }
+                }
                 level->contentsLength = inner;
                 printed = true;
                 if (level->inside != nullptr) {

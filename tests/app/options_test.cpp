@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "app/driver.h"
+#include "app/run_extensions.h"
+#include "oids/oid_file.h"
+#include "runtime/extensions.h"
 #include "tests/test_context.h"
 #include "tlv/decomposed_layout.h"
 #include "tlv/hex_layout.h"
@@ -23,6 +27,12 @@ struct Parsed {
     uint32_t toolFlags = 0;
     uint32_t padByteSpec = 0;
     std::string printed;
+    // The extension settings the loop left for the run; all off when the
+    // context points at none.
+    bool extensionsGiven = false;
+    bool oidsNamed = false;
+    bool dig = false;
+    bool utf8 = false;
 };
 
 Parsed parse(const std::vector<std::string>& args)
@@ -37,6 +47,8 @@ Parsed parse(const std::vector<std::string>& args)
     Parsed parsed;
     parsed.state.binaryInput = true;
     RunContext* context = run.get();
+    RunExtensionsScope extensions(context);
+    parsed.state.extensions = &extensions;
     const uint32_t before = context->toolFlags;
     try {
         parsed.outcome = parseArguments(context, parsed.state, static_cast<int>(words.size()), argv.data());
@@ -45,6 +57,12 @@ Parsed parse(const std::vector<std::string>& args)
     }
     parsed.toolFlags = context->toolFlags & ~before;
     parsed.padByteSpec = context->padByteSpec;
+    if (const RunExtensions* given = context->extensions; given != nullptr) {
+        parsed.extensionsGiven = true;
+        parsed.oidsNamed = given->oidNames != nullptr;
+        parsed.dig = given->digEncapsulated;
+        parsed.utf8 = given->utf8Text;
+    }
     parsed.printed = run.output();
     auto copy = [](const char* name) { return std::string(name != nullptr ? name : "<none>"); };
     parsed.inputName = copy(parsed.state.inputName);
@@ -138,6 +156,83 @@ TEST(OptionLoop, ExtensionsKeepEveryAbbreviationOfTheListing)
         EXPECT_EQ(row.form, parsed.state.form) << shown;
         EXPECT_EQ(row.padByteSpec, parsed.padByteSpec) << shown;
     }
+}
+
+TEST(OptionLoop, MeaningOptionsTakeNoAbbreviationOfTheListing)
+{
+    const struct {
+        std::vector<std::string> args;
+        int index;  // 0: the loop went through; 7: unidentified parameter
+        LayoutPrinter printer;
+        std::string outputName;
+        bool oids, dig, utf8;
+    } rows[] = {
+        // -o.. stays -output, -d.. -decomposed; -di.., -oi.. and -u.. name nothing.
+        {{"-o", "x", "in"}, 0, nullptr, "x", false, false, false},
+        {{"-ou", "x", "in"}, 0, nullptr, "x", false, false, false},
+        {{"-oi", "in"}, 7, nullptr, "<none>", false, false, false},
+        {{"-oid", "in"}, 7, nullptr, "<none>", false, false, false},
+        {{"-oidsx", "in"}, 7, nullptr, "<none>", false, false, false},
+        {{"-d", "in"}, 0, printDecomposedLayout, "<none>", false, false, false},
+        {{"-de", "in"}, 0, printDecomposedLayout, "<none>", false, false, false},
+        {{"-di", "in"}, 7, nullptr, "<none>", false, false, false},
+        {{"-u", "in"}, 7, nullptr, "<none>", false, false, false},
+        {{"-utf", "in"}, 7, nullptr, "<none>", false, false, false},
+        // The whole names, A-Z folded.
+        {{"-oids", "in"}, 0, nullptr, "<none>", true, false, false},
+        {{"-OIDS", "-s", "in"}, 0, printSyntaxLayout, "<none>", true, false, false},
+        {{"-dig", "-d", "in"}, 0, printDecomposedLayout, "<none>", false, true, false},
+        {{"-Dig", "in"}, 0, nullptr, "<none>", false, true, false},
+        {{"-utf8", "in"}, 0, nullptr, "<none>", false, false, true},
+        {{"-s", "-oids", "-dig", "-utf8", "in"}, 0, printSyntaxLayout, "<none>", true, true, true},
+    };
+    for (const auto& row : rows) {
+        Parsed parsed = parse(row.args);
+        std::string shown = row.args[0];
+        EXPECT_EQ(row.index, parsed.exitIndex) << shown << ": " << parsed.printed;
+        EXPECT_EQ(row.printer, parsed.state.printer) << shown;
+        EXPECT_EQ(row.outputName, parsed.outputName) << shown;
+        EXPECT_EQ(row.oids, parsed.oidsNamed) << shown;
+        EXPECT_EQ(row.dig, parsed.dig) << shown;
+        EXPECT_EQ(row.utf8, parsed.utf8) << shown;
+        // A run without them leaves the context pointing at nothing.
+        EXPECT_EQ(row.oids || row.dig || row.utf8, parsed.extensionsGiven) << shown;
+    }
+}
+
+TEST(OptionLoop, OidFileImpliesOidsAndEndsTheRunWhenMalformed)
+{
+    const std::string good = testing::TempDir() + "/qortlv_names.txt";
+    const std::string bad = testing::TempDir() + "/qortlv_bad_names.txt";
+    {
+        std::FILE* file = std::fopen(good.c_str(), "w");
+        std::fputs("# names\n1.2.3.4 first\n", file);
+        std::fclose(file);
+        file = std::fopen(bad.c_str(), "w");
+        std::fputs("1.2.3.4 first\n1.2.x second\n", file);
+        std::fclose(file);
+    }
+    Parsed loaded = parse({"-oidf", good, "in"});
+    EXPECT_EQ(0, loaded.exitIndex);
+    EXPECT_TRUE(loaded.oidsNamed);
+    EXPECT_EQ("in", loaded.inputName);
+
+    Parsed whole = parse({"in", "-OIDFILE", good});
+    EXPECT_EQ(0, whole.exitIndex);
+    EXPECT_TRUE(whole.oidsNamed);
+
+    testing::internal::CaptureStderr();
+    Parsed malformed = parse({"-oidfile", bad, "in"});
+    const std::string told = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(kOidFileStatus, malformed.exitIndex);
+    EXPECT_EQ(0u, told.find("qortlv: " + bad + ":2: ")) << told;
+
+    testing::internal::CaptureStderr();
+    Parsed missing = parse({"in", "-oidfile"});
+    EXPECT_EQ(kOidFileStatus, missing.exitIndex);
+    EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("-oidfile needs"));
+    std::remove(good.c_str());
+    std::remove(bad.c_str());
 }
 
 TEST(OptionLoop, RefusedCommandLines)
