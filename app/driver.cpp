@@ -9,6 +9,8 @@
 #include "app/options.h"
 #include "app/signal.h"
 #include "app/text_input.h"
+#include "diagnose/check.h"
+#include "diagnose/verdict.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
@@ -117,6 +119,7 @@ void loadAndPrint(RunContext* context, DriverState& state)
     state.result = openAndLoad(context, state);
     if (state.result != 0) reportLoadFailure(context, state);
     LayoutPrinter printer = state.printer != nullptr ? state.printer : printHexLayout;
+    if (state.extensions.check) printer = checkLayout;
     if (state.form == InputForm::Pem || state.form == InputForm::Base64) {
         printBlocks(context, state, printer);
         return;
@@ -128,6 +131,9 @@ void loadAndPrint(RunContext* context, DriverState& state)
 // -zfixencoding: the repair replaces the listing; layout options don't count.
 void repairAndReport(RunContext* context, DriverState& state)
 {
+    context->toolFlags &= ~TLV_DIAGNOSE;  // the repair lists nothing to diagnose
+    state.extensions.diagnose = false;
+    state.extensions.check = false;
     if ((context->toolFlags & TLV_TEXT_INPUT) != 0) {
         qorPrint(context, "The '-text' is not supported with '-zfixencoding'.");
         return;
@@ -176,6 +182,9 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
     DriverState state{};
     state.binaryInput = true;
     state.presetInput = input;
+    state.extensions.tally = &state.tally;
+    const RunExtensions* savedExtensions = context->extensions;
+    context->extensions = &state.extensions;
     context->jumpTarget = true;
     try {
         context->toolFlags |= TLV_TRACE_FIXUPS;
@@ -195,6 +204,8 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
                 loadAndPrint(context, state);
             }
         }
+        if (state.extensions.diagnose) printDiagnosis(context, state.tally);
+        state.result = diagnosisStatus(state.tally, state.extensions.diagnose, state.result);
         qorPrint(context, "\n\n");
         if (!releaseRun(context, state)) {
             state.result = kWriteFailed;
@@ -203,16 +214,23 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
     } catch (const ToolJump& jump) {
         // A later jump goes straight to the return: nothing catches it here.
         context->jumpTarget = false;
-        const int value = releaseRun(context, state) ? jump.value : kWriteFailed;
+        // A premature end is a finding of -diagnose like any other.
+        if (state.extensions.diagnose && jump.value == kPrematureEnd) printDiagnosis(context, state.tally);
+        int value = releaseRun(context, state) ? jump.value : kWriteFailed;
+        value = diagnosisStatus(state.tally, state.extensions.diagnose, value);
         // A failure of the program itself is told as "Internal error #<code>.".
         if (toolRow(value).internalError) qorPrint(context, "\n%s", driverMessage(value));
         qorPrint(context, "\n\n");
         context->toolFlags = savedFlags;
         qorFlush(context);
+        if (!state.extensions.diagnose) printFindingsLine(state.tally);
+        context->extensions = savedExtensions;
         return value;
     }
     context->toolFlags = savedFlags;
     context->jumpTarget = false;
     qorFlush(context);
+    if (!state.extensions.diagnose) printFindingsLine(state.tally);
+    context->extensions = savedExtensions;
     return state.result;
 }

@@ -5,6 +5,8 @@
 #include <cstdio>
 
 #include "app/text_input.h"
+#include "diagnose/tally.h"
+#include "runtime/extensions.h"
 #include "runtime/buffers.h"
 
 struct RunContext;
@@ -28,6 +30,8 @@ struct DriverState {
     InputBuffer buffer;
     DecodedInput decoded;  // -pem and -base64
     char nameFromStdin[256];  // the input name read by the "-" option
+    RunExtensions extensions;  // what the context points at for the run
+    DiagnoseTally tally;       // what the run found wrong
 };
 
 int runDriver(RunContext* context, int argc, char** argv);

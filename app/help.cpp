@@ -41,6 +41,9 @@ constexpr ExtensionHelp kExtensionHelp[] = {
     {"-pem <infile>", "print BER encoding from each PEM block of a text file, behind a line with the block's "
                       "number and label"},
     {"-base64 <infile>", "print BER encoding from a base64 or base64url text file"},
+    {"-diagnose", "after a value that fails to decode print why, and go on behind it; show the octets of time "
+                  "values that were normalised; end with a summary; exit status 83 when anything was found"},
+    {"-check", "print no listing, only the summary of -diagnose, with its exit status"},
 };
 
 constexpr size_t kNameColumn = 2;   // where the name begins

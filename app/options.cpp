@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "app/driver.h"
+#include "diagnose/check.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "tlv/decomposed_layout.h"
@@ -37,6 +38,8 @@ enum OptionNumber : int16_t {
     OPT_NO_CDR_HEADERS = 17,
     OPT_PEM = 18,
     OPT_BASE64 = 19,
+    OPT_DIAGNOSE = 20,
+    OPT_CHECK = 21,
 };
 
 struct OptionRow {
@@ -68,6 +71,9 @@ constexpr OptionRow kOptions[] = {
     // abbreviation above changes its meaning ("-p" is -pad, "-b" -binary).
     {"-pem", OPT_PEM, 3},
     {"-base64", OPT_BASE64, 3},
+    // "-d" and "-de" stay -decomposed; "-dia" leaves "-di" to no option.
+    {"-diagnose", OPT_DIAGNOSE, 4},
+    {"-check", OPT_CHECK, 3},
     {"", OPT_NONE, 0},
 };
 
@@ -237,6 +243,12 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
                 break;
             case OPT_PAD:
                 at = takePadByte(context, argc, argv, at);
+                break;
+            case OPT_DIAGNOSE:
+            case OPT_CHECK:
+                context->toolFlags |= TLV_DIAGNOSE;
+                state.extensions.diagnose = true;
+                state.extensions.check = state.extensions.check || number == OPT_CHECK;
                 break;
             case OPT_HELP:
                 printHelp(context);

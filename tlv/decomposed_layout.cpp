@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "app/signal.h"
+#include "diagnose/diagnose.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
 #include "render/text_block.h"
@@ -20,6 +21,8 @@
 namespace {
 
 constexpr int kNameField = 18;
+// Notes of -diagnose stand under the header length (" hl=").
+constexpr int kNoteIndent = 9;
 
 // " hl=%d l=" with the header length.
 int printHeaderLength(OutputLine& line, int32_t header)
@@ -77,6 +80,7 @@ void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long
     while (true) {
         bool indefinite = false;
         const Element read = readElement(element, count);
+        if ((context->toolFlags & TLV_DIAGNOSE) != 0 && read.readable()) countElement(context, counter != nullptr);
         int stop = printDecomposedElement(context, read, depth, offset, indefinite);
         const int32_t before = count;
         const long start = offset;
@@ -200,9 +204,8 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
             column += qorWrite(context, ":", 1);
             printRendered(context, value, name.row, column);
         }
-        if (failed) {
-            context->toolFlags &= ~TLV_VALUE_FAILED;
-            bad = true;
+        if ((context->toolFlags & (TLV_VALUE_FAILED | TLV_DIAGNOSE)) != 0) {
+            bad = diagnoseRendered(context, element, name.row, value, kNoteIndent) || bad;
         }
     }
     return bad ? 1 : 0;

@@ -6,6 +6,8 @@
 #include <string_view>
 
 #include "app/signal.h"
+#include "diagnose/check.h"
+#include "diagnose/diagnose.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
 #include "render/universal_tags.h"
@@ -62,7 +64,8 @@ void printSyntaxLayout(RunContext* context, InputBuffer& buffer)
     EndCacheScope ends(context);
     bool titles = true;
     int32_t count = buffer.length;
-    walkRecords(context, buffer.data, count, 0, titles, printSyntaxElement);
+    const bool diagnose = (context->toolFlags & TLV_DIAGNOSE) != 0;
+    walkRecords(context, buffer.data, count, 0, titles, diagnose ? printSyntaxDiagnosed : printSyntaxElement);
     context->toolFlags = savedFlags;
 }
 
@@ -130,9 +133,8 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
         if (!element.constructed || failed) printRendered(context, value, name.row, column);
-        if (failed) {
-            context->toolFlags &= ~TLV_VALUE_FAILED;
-            bad = true;
+        if ((context->toolFlags & (TLV_VALUE_FAILED | TLV_DIAGNOSE)) != 0) {
+            bad = diagnoseRendered(context, element, name.row, value, indent) || bad;
         }
     }
     return bad ? 1 : 0;

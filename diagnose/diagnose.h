@@ -1,0 +1,43 @@
+// -diagnose in the layouts: why a value failed to decode, the octets of a
+// time value that the decoder normalised, and whether the walk may go on
+// past a failed value.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "tlv/octet_view.h"
+
+struct RunContext;
+struct Element;
+struct UniversalTag;
+class Rendered;
+
+// After renderContents, when TLV_VALUE_FAILED or TLV_DIAGNOSE is set (one
+// test in the printer): clears TLV_VALUE_FAILED, counts the failure, and
+// under -diagnose writes the reason on a line of its own behind `indent`
+// blanks, or the octets of a normalised time value. Returns true when the
+// level ends at this element: always for a failed value without -diagnose,
+// and for a failed value whose end the walk can't trust.
+bool diagnoseRendered(RunContext* context, const Element& element, const UniversalTag* row, const Rendered& value,
+                      int indent);
+
+// For the hexadecimal layout and -check, which render nothing: renders a
+// universal value that has a readable form only to see whether it fails,
+// then as diagnoseRendered (the reason line when `printReason`).
+bool diagnoseValue(RunContext* context, const Element& element, int indent, bool printReason);
+
+// Counts an element of the walk (a record at the top level).
+void countElement(RunContext* context, bool record);
+
+// The elements in `octets`, read one header after the other: a constructed
+// element's contents are its inner elements, an end-of-contents counts for
+// nothing, and the count stops where a header or a primitive length can't
+// be followed.
+uint64_t countElementsIn(OctetView octets);
+
+// The decoder's own text of why `element` doesn't decode as the built-in
+// type of `row`, into `text` (no line end); the decoder's result code, or
+// 0 when the element decodes (then `text` says what else failed).
+int32_t decodeFailureText(RunContext* context, const Element& element, const UniversalTag& row, char* text,
+                          size_t capacity);
