@@ -207,7 +207,11 @@ int32_t decodeFailureText(RunContext* context, const Element& element, const Uni
     size_t length = std::strlen(made);
     while (length > 0 && (made[length - 1] == '\n' || made[length - 1] == '\r')) --length;
     if (length >= capacity) length = capacity - 1;
-    std::memcpy(text, made, length);
+    // The argument may quote the input: its control octets would break the line.
+    for (size_t i = 0; i < length; ++i) {
+        const auto octet = static_cast<unsigned char>(made[i]);
+        text[i] = octet < 0x20 || octet == 0x7F ? '.' : made[i];
+    }
     text[length] = '\0';
     return result;
 }

@@ -1,5 +1,6 @@
 // A whole run of one of the three layouts on arbitrary octets. The first
-// octet chooses the layout, -pad and -noshort; the rest is the input.
+// octet chooses the layout, -pad, -noshort, -nocdrheaders and -diagnose or
+// -check; the rest is the input.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -20,6 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
     if ((choice & 8) != 0) args.push_back("-noshort");
     if ((choice & 0x20) != 0) args.push_back("-nocdrheaders");
+    if ((choice & 0x40) != 0) args.push_back((choice & 0x80) != 0 ? "-check" : "-diagnose");
     args.push_back("input.ber");
     std::string output;
     OutStream* sink = outStreamForSink(&output);

@@ -199,14 +199,19 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
     }
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
-        bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
+        const uint32_t flags = context->toolFlags;
+        bool failed = (flags & TLV_VALUE_FAILED) != 0;
         if (!element.constructed || failed) {
             column += qorWrite(context, ":", 1);
             printRendered(context, value, name.row, column);
         }
-        if ((context->toolFlags & (TLV_VALUE_FAILED | TLV_DIAGNOSE)) != 0) {
+        if ((flags & (TLV_VALUE_FAILED | TLV_DIAGNOSE)) != 0) {
             bad = diagnoseRendered(context, element, name.row, value, kNoteIndent) || bad;
         }
+    } else if ((context->toolFlags & TLV_DIAGNOSE) != 0) {
+        // A failed value with nothing to show (an empty INTEGER) is told at
+        // its own element, not left to the next one.
+        bad = diagnoseRendered(context, element, name.row, value, kNoteIndent) || bad;
     }
     return bad ? 1 : 0;
 }
