@@ -6,6 +6,7 @@
 #include "diagnose/diagnose.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
+#include "tlv/decomposed_layout.h"
 #include "tlv/end_cache.h"
 #include "tlv/hex_layout.h"
 #include "tlv/syntax_layout.h"
@@ -94,5 +95,18 @@ int printHexDiagnosed(RunContext* context, const Element& read, int depth, bool&
 int printSyntaxDiagnosed(RunContext* context, const Element& read, int depth, bool& indefinite, bool& titles)
 {
     if (read.readable()) countElement(context, depth == 0);
-    return printSyntaxElement(context, read, depth, indefinite, titles);
+    const int stop = printSyntaxElement(context, read, depth, indefinite, titles);
+    writeFailureNote(context, 2 * depth);
+    if (stop == 0) showEncodedTime(context, read, 2 * depth);
+    return stop;
+}
+
+int printDecomposedDiagnosed(RunContext* context, const Element& read, int depth, long offset, bool& indefinite,
+                             bool record)
+{
+    if (read.readable()) countElement(context, record);
+    const int stop = printDecomposedElement(context, read, depth, offset, indefinite);
+    writeFailureNote(context, kDecomposedNoteIndent);
+    if (stop == 0) showEncodedTime(context, read, kDecomposedNoteIndent);
+    return stop;
 }

@@ -15,7 +15,12 @@ void checkLayout(RunContext* context, InputBuffer& buffer);
 // its value; 0 to go on, 1 to end the level.
 int checkElement(RunContext* context, const Element& read, int depth, bool& indefinite, bool& titles);
 
-// printHexElement and printSyntaxElement with the element counted, and for
-// the hexadecimal layout the value checked and its failure told.
+// printHexElement and printSyntaxElement with the element counted; for the
+// hexadecimal layout the value checked and its failure told, for the syntax
+// layout the octets of a normalised time value shown.
 int printHexDiagnosed(RunContext* context, const Element& read, int depth, bool& indefinite, bool& titles);
 int printSyntaxDiagnosed(RunContext* context, const Element& read, int depth, bool& indefinite, bool& titles);
+// printDecomposedElement with the element counted (a record when `record`)
+// and the octets of a normalised time value shown.
+int printDecomposedDiagnosed(RunContext* context, const Element& read, int depth, long offset, bool& indefinite,
+                             bool record);

@@ -73,8 +73,9 @@ uint64_t elementsHidden(const Element& element)
     return countElementsIn(element.whole.from(from));
 }
 
-// A failed value: counted, and told under -diagnose. Whether the level ends.
-bool failedValue(RunContext* context, const Element& element, const UniversalTag* row, int indent, bool printReason)
+// A failed value: counted, and its reason kept under -diagnose. Whether the
+// level ends.
+bool failedValue(RunContext* context, const Element& element, const UniversalTag* row)
 {
     if (structureFault(element)) return true;
     DiagnoseTally* tally = runTally(context);
@@ -85,12 +86,14 @@ bool failedValue(RunContext* context, const Element& element, const UniversalTag
         }
         return true;
     }
-    char reason[kReasonSize];
+    char ownReason[kReasonSize];
+    char* reason = tally != nullptr ? tally->note : ownReason;
+    const size_t reasonSize = tally != nullptr ? sizeof tally->note : sizeof ownReason;
     int32_t result = -1;
     if (row != nullptr && row->pdu != 0) {
-        result = decodeFailureText(context, element, *row, reason, sizeof reason);
+        result = decodeFailureText(context, element, *row, reason, reasonSize);
     } else {
-        std::snprintf(reason, sizeof reason, "%s",
+        std::snprintf(reason, reasonSize, "%s",
                       "primitive contents in the indefinite form without their end-of-contents");
     }
     if (tally != nullptr) {
@@ -102,8 +105,8 @@ bool failedValue(RunContext* context, const Element& element, const UniversalTag
         }
         ++tally->failedValues;
         tally->countFailure(key, result);
+        tally->notePending = true;
     }
-    if (printReason) writeNoteLine(context, indent, "Not decoded: ", reason);
     return !trustedEnd(element);
 }
 
@@ -122,28 +125,39 @@ bool timeNormalised(int32_t tag, std::string_view encoded, std::string_view show
     return shown != encoded;
 }
 
-void showEncodedTime(RunContext* context, const Element& element, const Rendered& value, int indent)
+}  // namespace
+
+bool failedValueEndsLevel(RunContext* context, const Element& element, const UniversalTag* row)
 {
-    if (element.tagClass != CLASS_UNIVERSAL || element.constructed || element.length < 0) return;
+    context->toolFlags &= ~TLV_VALUE_FAILED;
+    return failedValue(context, element, row);
+}
+
+void writeFailureNote(RunContext* context, int indent)
+{
+    DiagnoseTally* tally = runTally(context);
+    if (tally == nullptr || !tally->notePending) return;
+    tally->notePending = false;
+    writeNoteLine(context, indent, "Not decoded: ", tally->note);
+}
+
+void showEncodedTime(RunContext* context, const Element& element, int indent)
+{
+    if (element.tagClass != CLASS_UNIVERSAL || element.constructed || element.length < 0 || element.lengthOverruns()) {
+        return;
+    }
     if (element.tagNumber != kUtcTimeTag && element.tagNumber != kGeneralizedTimeTag) return;
+    // The printer's text is gone by now; a time value is made again.
+    const Rendered value = renderContents(context, element, universalTag(element.tagNumber));
+    if ((context->toolFlags & TLV_VALUE_FAILED) != 0) {
+        context->toolFlags &= ~TLV_VALUE_FAILED;
+        return;
+    }
     if (!value.present() || value.hexForm()) return;
     const OctetView contents = element.contents();
     const std::string_view encoded(reinterpret_cast<const char*>(contents.data()), static_cast<size_t>(contents.size()));
     if (!timeNormalised(element.tagNumber, encoded, std::string_view(value.text(), value.textSize()))) return;
     writeNoteLine(context, indent, "As encoded: ", encoded);
-}
-
-}  // namespace
-
-bool diagnoseRendered(RunContext* context, const Element& element, const UniversalTag* row, const Rendered& value,
-                      int indent)
-{
-    if ((context->toolFlags & TLV_VALUE_FAILED) == 0) {
-        showEncodedTime(context, element, value, indent);
-        return false;
-    }
-    context->toolFlags &= ~TLV_VALUE_FAILED;
-    return failedValue(context, element, row, indent, true);
 }
 
 bool diagnoseValue(RunContext* context, const Element& element, int indent, bool printReason)
@@ -155,7 +169,13 @@ bool diagnoseValue(RunContext* context, const Element& element, int indent, bool
     Rendered value = renderContents(context, element, row);
     if ((context->toolFlags & TLV_VALUE_FAILED) == 0) return false;
     context->toolFlags &= ~TLV_VALUE_FAILED;
-    return failedValue(context, element, row, indent, printReason);
+    const bool ends = failedValue(context, element, row);
+    if (printReason) {
+        writeFailureNote(context, indent);
+    } else if (DiagnoseTally* tally = runTally(context); tally != nullptr) {
+        tally->notePending = false;
+    }
+    return ends;
 }
 
 void countElement(RunContext* context, bool record)

@@ -11,20 +11,27 @@
 struct RunContext;
 struct Element;
 struct UniversalTag;
-class Rendered;
 
-// After renderContents, when TLV_VALUE_FAILED or TLV_DIAGNOSE is set (one
-// test in the printer): clears TLV_VALUE_FAILED, counts the failure, and
-// under -diagnose writes the reason on a line of its own behind `indent`
-// blanks, or the octets of a normalised time value. Returns true when the
-// level ends at this element: always for a failed value without -diagnose,
-// and for a failed value whose end the walk can't trust.
-bool diagnoseRendered(RunContext* context, const Element& element, const UniversalTag* row, const Rendered& value,
-                      int indent);
+// The decomposed layout has no indentation: its notes stand under " hl=".
+constexpr int kDecomposedNoteIndent = 9;
+
+// After renderContents set TLV_VALUE_FAILED: clears it, counts the failure,
+// and under -diagnose keeps the reason for writeFailureNote. Returns true
+// when the level ends at this element: always without -diagnose, and under
+// it for a failed value whose end the walk can't trust.
+bool failedValueEndsLevel(RunContext* context, const Element& element, const UniversalTag* row);
+
+// The reason kept by failedValueEndsLevel, on a line of its own behind
+// `indent` blanks; nothing when there is none.
+void writeFailureNote(RunContext* context, int indent);
+
+// Under -diagnose, behind the line of a UTCTime or GeneralizedTime: its
+// octets as encoded, when the decoder's text isn't them.
+void showEncodedTime(RunContext* context, const Element& element, int indent);
 
 // For the hexadecimal layout and -check, which render nothing: renders a
 // universal value that has a readable form only to see whether it fails,
-// then as diagnoseRendered (the reason line when `printReason`).
+// then as failedValueEndsLevel (the reason line when `printReason`).
 bool diagnoseValue(RunContext* context, const Element& element, int indent, bool printReason);
 
 // Counts an element of the walk (a record at the top level).

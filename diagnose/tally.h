@@ -5,6 +5,7 @@
 // extensions. Nothing here is global.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "runtime/catalog.h"
@@ -31,6 +32,11 @@ struct DiagnoseTally {
     uint64_t hiddenElements = 0;  // behind failed values whose level ended there
     int failureKinds = 0;
     FailureCount failures[kFailureKinds] = {};
+    // The reason of the last failed value, until the layout writes it
+    // behind the element's line.
+    static constexpr size_t kNoteSize = 600;
+    char note[kNoteSize] = {};
+    bool notePending = false;
 
     // A failed value of this kind.
     void countFailure(const char* key, int32_t result);

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "app/signal.h"
+#include "diagnose/check.h"
 #include "diagnose/diagnose.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
@@ -21,8 +22,6 @@
 namespace {
 
 constexpr int kNameField = 18;
-// Notes of -diagnose stand under the header length (" hl=").
-constexpr int kNoteIndent = 9;
 
 // " hl=%d l=" with the header length.
 int printHeaderLength(OutputLine& line, int32_t header)
@@ -80,8 +79,9 @@ void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long
     while (true) {
         bool indefinite = false;
         const Element read = readElement(element, count);
-        if ((context->toolFlags & TLV_DIAGNOSE) != 0 && read.readable()) countElement(context, counter != nullptr);
-        int stop = printDecomposedElement(context, read, depth, offset, indefinite);
+        int stop = (context->toolFlags & TLV_DIAGNOSE) == 0
+                       ? printDecomposedElement(context, read, depth, offset, indefinite)
+                       : printDecomposedDiagnosed(context, read, depth, offset, indefinite, counter != nullptr);
         const int32_t before = count;
         const long start = offset;
         const uint8_t* next = nullptr;
@@ -199,19 +199,16 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
     }
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
-        const uint32_t flags = context->toolFlags;
-        bool failed = (flags & TLV_VALUE_FAILED) != 0;
+        bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
         if (!element.constructed || failed) {
             column += qorWrite(context, ":", 1);
             printRendered(context, value, name.row, column);
         }
-        if ((flags & (TLV_VALUE_FAILED | TLV_DIAGNOSE)) != 0) {
-            bad = diagnoseRendered(context, element, name.row, value, kNoteIndent) || bad;
-        }
-    } else if ((context->toolFlags & TLV_DIAGNOSE) != 0) {
+        if (failed) bad = failedValueEndsLevel(context, element, name.row) || bad;
+    } else if ((context->toolFlags & TLV_DIAGNOSE) != 0 && (context->toolFlags & TLV_VALUE_FAILED) != 0) {
         // A failed value with nothing to show (an empty INTEGER) is told at
         // its own element, not left to the next one.
-        bad = diagnoseRendered(context, element, name.row, value, kNoteIndent) || bad;
+        bad = failedValueEndsLevel(context, element, name.row) || bad;
     }
     return bad ? 1 : 0;
 }

@@ -131,16 +131,13 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
 
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
-        const uint32_t flags = context->toolFlags;
-        bool failed = (flags & TLV_VALUE_FAILED) != 0;
+        bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
         if (!element.constructed || failed) printRendered(context, value, name.row, column);
-        if ((flags & (TLV_VALUE_FAILED | TLV_DIAGNOSE)) != 0) {
-            bad = diagnoseRendered(context, element, name.row, value, indent) || bad;
-        }
-    } else if ((context->toolFlags & TLV_DIAGNOSE) != 0) {
+        if (failed) bad = failedValueEndsLevel(context, element, name.row) || bad;
+    } else if ((context->toolFlags & TLV_DIAGNOSE) != 0 && (context->toolFlags & TLV_VALUE_FAILED) != 0) {
         // A failed value with nothing to show (an empty INTEGER) is told at
         // its own element, not left to the next one.
-        bad = diagnoseRendered(context, element, name.row, value, indent) || bad;
+        bad = failedValueEndsLevel(context, element, name.row) || bad;
     }
     return bad ? 1 : 0;
 }
