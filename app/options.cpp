@@ -9,7 +9,6 @@
 #include <cstring>
 
 #include "app/driver.h"
-#include "diagnose/check.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "tlv/decomposed_layout.h"

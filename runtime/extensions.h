@@ -13,6 +13,6 @@ struct RunExtensions {
     bool utf8Text = false;               // -utf8: international text as UTF-8
     const TagMap* tagMap = nullptr;      // -tags: field names and value forms
     DiagnoseTally* tally = nullptr;      // what the run found wrong, counted always
-    bool diagnose = false;               // -diagnose: reasons, summary and verdict
+    bool diagnose = false;               // -diagnose or -check: reasons, summary and verdict
     bool check = false;                  // -check: no listing, the summary and the verdict
 };
