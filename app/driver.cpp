@@ -10,6 +10,8 @@
 #include "app/options.h"
 #include "app/signal.h"
 #include "app/text_input.h"
+#include "diagnose/check.h"
+#include "diagnose/verdict.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
@@ -126,6 +128,7 @@ void loadAndPrint(RunContext* context, DriverState& state)
     state.result = openAndLoad(context, state);
     if (state.result != 0) reportLoadFailure(context, state);
     LayoutPrinter printer = state.printer != nullptr ? state.printer : printHexLayout;
+    if (state.extensions->settings().check) printer = checkLayout;
     if (state.form == InputForm::Pem || state.form == InputForm::Base64) {
         printBlocks(context, state, printer);
         return;
@@ -139,6 +142,9 @@ void loadAndPrint(RunContext* context, DriverState& state)
 // -zfixencoding: the repair replaces the listing; layout options don't count.
 void repairAndReport(RunContext* context, DriverState& state)
 {
+    context->toolFlags &= ~TLV_DIAGNOSE;  // the repair lists nothing to diagnose
+    state.extensions->settings().diagnose = false;
+    state.extensions->settings().check = false;
     if ((context->toolFlags & TLV_TEXT_INPUT) != 0) {
         qorPrint(context, "The '-text' is not supported with '-zfixencoding'.");
         return;
@@ -189,6 +195,10 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
     state.extensions = &extensions;
     state.binaryInput = true;
     state.presetInput = input;
+    // Findings are counted in every run, so the context points at the
+    // settings from the start.
+    RunExtensions& settings = extensions.settings();
+    settings.tally = &state.tally;
     context->jumpTarget = true;
     try {
         context->toolFlags |= TLV_TRACE_FIXUPS;
@@ -208,6 +218,8 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
                 loadAndPrint(context, state);
             }
         }
+        if (state.extensions->settings().diagnose) printDiagnosis(context, state.tally);
+        state.result = diagnosisStatus(state.tally, state.extensions->settings().diagnose, state.result);
         printRunEnd(context);
         if (!releaseRun(context, state)) {
             state.result = kWriteFailed;
@@ -216,16 +228,21 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
     } catch (const ToolJump& jump) {
         // A later jump goes straight to the return: nothing catches it here.
         context->jumpTarget = false;
-        const int value = releaseRun(context, state) ? jump.value : kWriteFailed;
+        // A premature end is a finding of -diagnose like any other.
+        if (settings.diagnose && jump.value == kPrematureEnd) printDiagnosis(context, state.tally);
+        int value = releaseRun(context, state) ? jump.value : kWriteFailed;
+        value = diagnosisStatus(state.tally, settings.diagnose, value);
         // A failure of the program itself is told as "Internal error #<code>.".
         if (toolRow(value).internalError) qorPrint(context, "\n%s", driverMessage(value));
         printRunEnd(context);
         context->toolFlags = savedFlags;
         qorFlush(context);
+        if (!settings.diagnose) printFindingsLine(state.tally);
         return value;
     }
     context->toolFlags = savedFlags;
     context->jumpTarget = false;
     qorFlush(context);
+    if (!settings.diagnose) printFindingsLine(state.tally);
     return state.result;
 }

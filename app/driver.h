@@ -5,6 +5,8 @@
 #include <cstdio>
 
 #include "app/text_input.h"
+#include "diagnose/tally.h"
+#include "runtime/extensions.h"
 #include "runtime/buffers.h"
 
 struct RunContext;
@@ -30,6 +32,7 @@ struct DriverState {
     DecodedInput decoded;  // -pem and -base64
     char nameFromStdin[256];  // the input name read by the "-" option
     RunExtensionsScope* extensions;  // the run's extension settings and tables
+    DiagnoseTally tally;             // what the run found wrong
 };
 
 int runDriver(RunContext* context, int argc, char** argv);

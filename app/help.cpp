@@ -52,6 +52,9 @@ constexpr ExtensionHelp kExtensionHelp[] = {
              "hold, one level deeper"},
     {"-utf8", "print UTF8String, BMPString and UniversalString values as UTF-8 text; control characters and "
               "invalid sequences stay escaped"},
+    {"-diagnose", "after a value that fails to decode print why, and go on behind it; show the octets of time "
+                  "values that were normalised; end with a summary; exit status 83 when anything was found"},
+    {"-check", "print no listing, only the summary of -diagnose, with its exit status"},
 };
 
 constexpr size_t kNameColumn = 2;   // where the name begins

@@ -46,6 +46,8 @@ enum OptionNumber : int16_t {
     OPT_OID_FILE = 22,
     OPT_DIG = 23,
     OPT_UTF8 = 24,
+    OPT_DIAGNOSE = 25,
+    OPT_CHECK = 26,
 };
 
 struct OptionRow {
@@ -86,6 +88,9 @@ constexpr OptionRow kOptions[] = {
     {"-oidfile", OPT_OID_FILE, 5},
     {"-dig", OPT_DIG, 4},
     {"-utf8", OPT_UTF8, 5},
+    // "-d" and "-de" stay -decomposed; "-dia" leaves "-di" to no option.
+    {"-diagnose", OPT_DIAGNOSE, 4},
+    {"-check", OPT_CHECK, 3},
     {"", OPT_NONE, 0},
 };
 
@@ -316,6 +321,12 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
                 break;
             case OPT_UTF8:
                 state.extensions->settings().utf8Text = true;
+                break;
+            case OPT_DIAGNOSE:
+            case OPT_CHECK:
+                context->toolFlags |= TLV_DIAGNOSE;
+                state.extensions->settings().diagnose = true;
+                state.extensions->settings().check = state.extensions->settings().check || number == OPT_CHECK;
                 break;
             case OPT_HELP:
                 printHelp(context);

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "diagnose/tally.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "tlv/record_span.h"
@@ -124,6 +125,7 @@ int signalError(RunContext* context, int code, intptr_t first, long second)
                             (context->toolFlags & TLV_TRACE_FIXUPS) == 0;
         if (!silentRepair && context->errorHook != nullptr) {
             context->errorHook(context, code, first, second);
+            countReport(context, code);
         }
     }
     if (endsRun(context, row) && (context->toolFlags & TLV_TOOL_RUN) != 0 && context->jumpTarget) {

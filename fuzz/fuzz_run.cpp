@@ -24,6 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if ((choice & 0x40) != 0) {
         for (const char* meaning : {"-oids", "-dig", "-utf8"}) args.push_back(meaning);
     }
+    if ((choice & 0x80) != 0) args.push_back((choice & 0x10) != 0 ? "-check" : "-diagnose");
     args.push_back("input.ber");
     std::string output;
     OutStream* sink = outStreamForSink(&output);

@@ -27,6 +27,7 @@ constexpr uint32_t TLV_NO_CDR_HEADERS = 0x40;
 constexpr uint32_t TLV_TOOL_RUN = 0x80;
 constexpr uint32_t TLV_QUIET_ERRORS = 0x100;
 constexpr uint32_t TLV_VALUE_FAILED = 0x200;
+constexpr uint32_t TLV_DIAGNOSE = 0x40000;       // -diagnose: reasons, and the walk goes on past a failed value
 constexpr uint32_t TLV_FIX_ENCODING = 0x800000;
 constexpr uint32_t TLV_TRACE_FIXUPS = 0x1000000;
 constexpr uint32_t TLV_PEM_INPUT = 0x10000000;     // -pem: the repair decodes its input

@@ -5,10 +5,14 @@
 
 class OidNames;
 class TagMap;
+struct DiagnoseTally;
 
 struct RunExtensions {
     const OidNames* oidNames = nullptr;  // -oids, -oidfile: names of OBJECT IDENTIFIERs
     bool digEncapsulated = false;        // -dig: list BER inside OCTET and BIT STRINGs
     bool utf8Text = false;               // -utf8: international text as UTF-8
     const TagMap* tagMap = nullptr;      // -tags: field names and value forms
+    DiagnoseTally* tally = nullptr;      // what the run found wrong, counted always
+    bool diagnose = false;               // -diagnose or -check: reasons, summary and verdict
+    bool check = false;                  // -check: no listing, the summary and the verdict
 };

@@ -6,6 +6,8 @@
 #include "app/signal.h"
 #include "meaning/encapsulation.h"
 #include "meaning/oid_naming.h"
+#include "diagnose/check.h"
+#include "diagnose/diagnose.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
 #include "render/text_block.h"
@@ -87,7 +89,9 @@ void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long
     while (true) {
         bool indefinite = false;
         const Element read = readElement(element, count);
-        int stop = printDecomposedElement(context, read, depth, offset, indefinite);
+        int stop = (context->toolFlags & TLV_DIAGNOSE) == 0
+                       ? printDecomposedElement(context, read, depth, offset, indefinite)
+                       : printDecomposedDiagnosed(context, read, depth, offset, indefinite, counter != nullptr);
         const int32_t before = count;
         const long start = offset;
         const uint8_t* next = nullptr;
@@ -203,10 +207,11 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
             printRendered(context, value, name.row, column);
         }
         if (!failed && extended) printOidName(context, element, false);
-        if (failed) {
-            context->toolFlags &= ~TLV_VALUE_FAILED;
-            bad = true;
-        }
+        if (failed) bad = failedValueEndsLevel(context, element, name.row) || bad;
+    } else if ((context->toolFlags & TLV_DIAGNOSE) != 0 && (context->toolFlags & TLV_VALUE_FAILED) != 0) {
+        // A failed value with nothing to show (an empty INTEGER) is told at
+        // its own element, not left to the next one.
+        bad = failedValueEndsLevel(context, element, name.row) || bad;
     }
     return bad ? 1 : 0;
 }

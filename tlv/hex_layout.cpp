@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "app/signal.h"
+#include "diagnose/check.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/output_line.h"
@@ -59,7 +60,8 @@ void printHexLayout(RunContext* context, InputBuffer& buffer)
     EndCacheScope ends(context);
     int32_t count = buffer.length;
     bool titles = false;
-    walkRecords(context, buffer.data, count, 0, titles, printHexElement);
+    const bool diagnose = (context->toolFlags & TLV_DIAGNOSE) != 0;
+    walkRecords(context, buffer.data, count, 0, titles, diagnose ? printHexDiagnosed : printHexElement);
     // The repair writes what the last pass could walk.
     if (count != 0 && (context->toolFlags & TLV_FIX_ENCODING) != 0 && context->state->fixupCount == 0) {
         buffer.length -= count;

@@ -9,6 +9,8 @@
 #include "meaning/encapsulation.h"
 #include "meaning/oid_naming.h"
 #include "meaning/utf8_text.h"
+#include "diagnose/check.h"
+#include "diagnose/diagnose.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
 #include "render/universal_tags.h"
@@ -65,7 +67,8 @@ void printSyntaxLayout(RunContext* context, InputBuffer& buffer)
     EndCacheScope ends(context);
     bool titles = true;
     int32_t count = buffer.length;
-    walkRecords(context, buffer.data, count, 0, titles, printSyntaxElement);
+    const bool diagnose = (context->toolFlags & TLV_DIAGNOSE) != 0;
+    walkRecords(context, buffer.data, count, 0, titles, diagnose ? printSyntaxDiagnosed : printSyntaxElement);
     context->toolFlags = savedFlags;
 }
 
@@ -139,10 +142,11 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
         if (!element.constructed || failed) printRendered(context, value, name.row, column);
         if (!failed && extended) printOidName(context, element, true);
-        if (failed) {
-            context->toolFlags &= ~TLV_VALUE_FAILED;
-            bad = true;
-        }
+        if (failed) bad = failedValueEndsLevel(context, element, name.row) || bad;
+    } else if ((context->toolFlags & TLV_DIAGNOSE) != 0 && (context->toolFlags & TLV_VALUE_FAILED) != 0) {
+        // A failed value with nothing to show (an empty INTEGER) is told at
+        // its own element, not left to the next one.
+        bad = failedValueEndsLevel(context, element, name.row) || bad;
     }
     return bad ? 1 : 0;
 }

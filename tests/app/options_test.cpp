@@ -33,6 +33,8 @@ struct Parsed {
     bool oidsNamed = false;
     bool dig = false;
     bool utf8 = false;
+    bool diagnose = false;
+    bool check = false;
 };
 
 Parsed parse(const std::vector<std::string>& args)
@@ -62,6 +64,8 @@ Parsed parse(const std::vector<std::string>& args)
         parsed.oidsNamed = given->oidNames != nullptr;
         parsed.dig = given->digEncapsulated;
         parsed.utf8 = given->utf8Text;
+        parsed.diagnose = given->diagnose;
+        parsed.check = given->check;
     }
     parsed.printed = run.output();
     auto copy = [](const char* name) { return std::string(name != nullptr ? name : "<none>"); };
@@ -318,3 +322,36 @@ TEST(ParseDecimal, ThirtyTwoBitsWithoutOverflowCheck)
 }
 
 }  // namespace
+
+TEST(OptionLoop, DiagnoseAndCheckLeaveEveryOlderAbbreviationAsItWas)
+{
+    const struct {
+        std::vector<std::string> args;
+        int index;  // 0: the loop went through
+        LayoutPrinter printer;
+        bool diagnose;
+        bool check;
+    } rows[] = {
+        {{"-dia", "in"}, 0, nullptr, true, false},
+        {{"-DIAGNOSE", "in"}, 0, nullptr, true, false},
+        {{"-ch", "in"}, 0, nullptr, true, true},
+        {{"-check", "in"}, 0, nullptr, true, true},
+        {{"-check", "-diag", "in"}, 0, nullptr, true, true},
+        // "-d" and "-de" stay -decomposed; "-di" and "-c" name no option.
+        {{"-d", "in"}, 0, printDecomposedLayout, false, false},
+        {{"-de", "in"}, 0, printDecomposedLayout, false, false},
+        {{"-di", "in"}, 7, nullptr, false, false},
+        {{"-c", "in"}, 7, nullptr, false, false},
+        {{"-checks", "in"}, 7, nullptr, false, false},
+        {{"-syntax", "-dia", "in"}, 0, printSyntaxLayout, true, false},
+    };
+    for (const auto& row : rows) {
+        Parsed parsed = parse(row.args);
+        std::string shown = row.args[0];
+        EXPECT_EQ(row.index, parsed.exitIndex) << shown << ": " << parsed.printed;
+        EXPECT_EQ(row.printer, parsed.state.printer) << shown;
+        EXPECT_EQ(row.diagnose, parsed.diagnose) << shown;
+        EXPECT_EQ(row.check, parsed.check) << shown;
+        EXPECT_EQ(row.diagnose, (parsed.toolFlags & TLV_DIAGNOSE) != 0) << shown;
+    }
+}

@@ -50,7 +50,7 @@ Outcome rendered(TestContext& test, const std::vector<uint8_t>& element)
     char* text = renderContents(context, element.data(), static_cast<int32_t>(element.size()));
     const bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
     context->toolFlags &= ~TLV_VALUE_FAILED;
-    std::string made = test.take(text);
+    std::string made = test.take(text);  // taken also when failed, so that it is freed
     return {failed ? "" : made, failed};
 }
 

@@ -1,0 +1,17 @@
+#include "diagnose/tally.h"
+
+#include "runtime/context.h"
+#include "runtime/extensions.h"
+
+DiagnoseTally* runTally(const RunContext* context)
+{
+    return context->extensions != nullptr ? context->extensions->tally : nullptr;
+}
+
+void countReport(RunContext* context, int code)
+{
+    DiagnoseTally* tally = runTally(context);
+    if (tally == nullptr || !isMisencoding(code)) return;
+    ++tally->misencodings;
+    ++tally->reported[code];
+}
