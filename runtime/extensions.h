@@ -16,3 +16,11 @@ struct RunExtensions {
     bool diagnose = false;               // -diagnose or -check: reasons, summary and verdict
     bool check = false;                  // -check: no listing, the summary and the verdict
 };
+
+// Whether an option changes what the readable layouts show of an element:
+// without one they take their plain road.
+inline bool showsMore(const RunExtensions* extensions)
+{
+    return extensions != nullptr && (extensions->oidNames != nullptr || extensions->digEncapsulated ||
+                                     extensions->utf8Text || extensions->tagMap != nullptr);
+}

@@ -13,6 +13,7 @@
 #include "render/text_block.h"
 #include "render/universal_tags.h"
 #include "runtime/context.h"
+#include "runtime/extensions.h"
 #include "runtime/output.h"
 #include "runtime/output_line.h"
 #include "runtime/services.h"
@@ -60,7 +61,7 @@ void walkInside(RunContext* context, const Element& element, int32_t count, long
 {
     int32_t inner = count;
     const uint8_t* inside = firstInsideOf(context, element, inner);
-    if (inside == nullptr && context->extensions != nullptr) {
+    if (inside == nullptr && showsMore(context->extensions)) {
         // -dig: a string that encapsulates BER is gone into like a constructed element.
         const OctetView dug = encapsulatedContents(context, element, MAX_WALK_DEPTH - depth);
         if (!dug.empty()) {
@@ -195,7 +196,7 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
         return bad ? 1 : 0;
     }
     // -dig: the walk lists the string's contents as elements.
-    const bool extended = context->extensions != nullptr;
+    const bool extended = showsMore(context->extensions);
     if (extended && printEncapsulationMark(context, element, MAX_WALK_DEPTH - depth, true)) {
         return bad ? 1 : 0;
     }

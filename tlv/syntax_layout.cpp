@@ -16,6 +16,7 @@
 #include "render/universal_tags.h"
 #include "render/text_block.h"
 #include "runtime/context.h"
+#include "runtime/extensions.h"
 #include "runtime/output.h"
 #include "runtime/output_line.h"
 #include "runtime/services.h"
@@ -132,7 +133,7 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     }
     if (bad && length == LENGTH_TRUNCATED) return 1;
     // -dig: the walk lists the string's contents as elements.
-    const bool extended = context->extensions != nullptr;
+    const bool extended = showsMore(context->extensions);
     if (extended && printEncapsulationMark(context, element, MAX_WALK_DEPTH - 1 - depth, false)) {
         return bad ? 1 : 0;
     }
@@ -155,7 +156,7 @@ int printRendered(RunContext* context, const Rendered& value, const UniversalTag
 {
     const bool hex = value.hexForm();
     // -utf8 text is measured and cut by characters, not octets.
-    const bool characters = !hex && context->extensions != nullptr && utf8TextWanted(context);
+    const bool characters = !hex && showsMore(context->extensions) && utf8TextWanted(context);
     const size_t size = hex ? 2 * static_cast<size_t>(value.hex().size())
                         : characters ? utf8Characters(value.text(), value.textSize()) : value.textSize();
     int room = kLineEnd - column;

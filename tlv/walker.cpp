@@ -6,6 +6,7 @@
 #include "meaning/encapsulation.h"
 #include "render/tag_name.h"
 #include "runtime/context.h"
+#include "runtime/extensions.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
 #include "tlv/reader.h"
@@ -221,7 +222,7 @@ void walkRecords(RunContext* context, const uint8_t* first, int32_t& total, int 
                 }
                 int32_t inner = level->count;
                 level->inside = firstInsideOf(context, level->read, inner);
-                if (level->inside == nullptr && context->extensions != nullptr &&
+                if (level->inside == nullptr && showsMore(context->extensions) &&
                     (context->toolFlags & TLV_SYNTAX_LAYOUT) != 0) {
                     // -dig: a string that encapsulates BER is gone into like a constructed
                     // element; the hexadecimal layout shows octets only.
