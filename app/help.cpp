@@ -45,7 +45,8 @@ constexpr ExtensionHelp kExtensionHelp[] = {
     {"-base64 <infile>", "print BER encoding from a base64 or base64url text file"},
     {"-json", "print BER encoding as JSON Lines: one object per record, each element with its offset, "
               "lengths, tag, name and value; nothing else on standard output"},
-    {"-oids", "name OBJECT IDENTIFIERs behind their arcs when printing in decomposed-TLV or syntax-TLV formats"},
+    {"-oids", "name OBJECT IDENTIFIERs behind their arcs when printing in decomposed-TLV, syntax-TLV or JSON "
+              "formats"},
     {"-oidfile <file>", "name OBJECT IDENTIFIERs with the names of a file of \"dotted-oid name\" lines (or OID = "
                         "and Description = blocks) as well; implies -oids"},
     {"-dig", "print the contents of OCTET STRING and BIT STRING values that hold BER encodings as the elements they "

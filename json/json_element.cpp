@@ -7,6 +7,7 @@
 #include "json/error_capture.h"
 #include "json/json_text.h"
 #include "json/tag_fields.h"
+#include "meaning/oid_naming.h"
 #include "render/contents.h"
 #include "render/tag_name.h"
 #include "render/universal_tags.h"
@@ -51,6 +52,16 @@ void writeOctets(RunContext* context, const Element& element)
     writeJsonHex(context, element.whole);
 }
 
+// ,"name":.. of an OBJECT IDENTIFIER that -oids names. A name from an
+// -oidfile that isn't UTF-8 can't stand in JSON and is left out.
+void writeOidName(RunContext* context, const Element& element)
+{
+    const std::string_view name = oidNameOf(context, element);
+    if (name.empty() || !isValidUtf8(name.data(), name.size())) return;
+    writeJsonLiteral(context, ",\"name\":");
+    writeJsonString(context, name.data(), name.size());
+}
+
 // The value of a primitive element with a definite length that the input
 // holds: its readable text where its type has one, and its contents.
 void writeValue(RunContext* context, ErrorCapture& errors, const Element& element, const UniversalTag* row)
@@ -75,6 +86,7 @@ void writeValue(RunContext* context, ErrorCapture& errors, const Element& elemen
                 cut = longText;
             }
         }
+        if (!failed) writeOidName(context, element);
     }
     if (writeLimitedHex(context, element.contents())) cut = true;
     if (cut) writeJsonLiteral(context, ",\"truncated\":true");

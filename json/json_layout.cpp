@@ -6,6 +6,7 @@
 #include "json/error_capture.h"
 #include "json/json_element.h"
 #include "json/json_text.h"
+#include "meaning/encapsulation.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "tlv/element.h"
@@ -43,7 +44,7 @@ struct Level {
     bool indefinite = false;
     bool first = true;       // no element of this level written yet
     bool open = false;       // the element's object is open
-    bool arrayOpen = false;  // its "elements" array is open
+    bool arrayOpen = false;  // its "elements" or "encapsulated" array is open
 };
 
 class JsonWalk {
@@ -72,6 +73,8 @@ private:
     void skipPaddingOctets(Level& level);
     void openElement(Level& level, int depth);
     void enterContents(Level& level, int depth, int& next);
+    void enterEncapsulated(Level& level, int depth, int& next);
+    void openArray(Level& level, int depth, const uint8_t* inside, int32_t count);
     void closeElement(Level& level);
     void closeRecord();
     void closeAfterJump(int code);
@@ -180,6 +183,17 @@ void JsonWalk::closeRecord()
     qorRecordDone(context_);
 }
 
+// Opens the level below `level` on `count` octets at `inside`, whose array
+// the caller has begun.
+void JsonWalk::openArray(Level& level, int depth, const uint8_t* inside, int32_t count)
+{
+    level.arrayOpen = true;
+    Level& child = levels_[depth + 1];
+    child.element = inside;
+    child.count = count;
+    child.first = true;
+}
+
 // Goes into a constructed element as the listing does: its contents up to
 // the end-of-contents or the length, the deepest level not at all. Sets
 // `next` to the level the walk goes on with.
@@ -189,7 +203,10 @@ void JsonWalk::enterContents(Level& level, int depth, int& next)
     level.inside = firstInsideOf(context_, level.read, inner);
     level.contentsLength = inner;
     next = depth;
-    if (!level.read.constructed) return;
+    if (!level.read.constructed) {
+        enterEncapsulated(level, depth, next);
+        return;
+    }
     if (level.inside == nullptr) {
         writeJsonLiteral(context_, ",\"elements\":[]");
         return;
@@ -203,11 +220,20 @@ void JsonWalk::enterContents(Level& level, int depth, int& next)
         return;
     }
     writeJsonLiteral(context_, ",\"elements\":[");
-    level.arrayOpen = true;
-    Level& child = levels_[depth + 1];
-    child.element = level.inside;
-    child.count = inner;
-    child.first = true;
+    openArray(level, depth, level.inside, inner);
+    next = depth + 1;
+}
+
+// -dig: a string whose contents are BER keeps its "hex" and lists them as
+// "encapsulated" elements, walked as a constructed element's are. Only
+// contents that fit within the walk's depth pass, so none is too deep.
+void JsonWalk::enterEncapsulated(Level& level, int depth, int& next)
+{
+    if (context_->extensions == nullptr) return;
+    const OctetView dug = encapsulatedContents(context_, level.read, MAX_WALK_DEPTH - 1 - depth);
+    if (dug.empty()) return;
+    writeJsonLiteral(context_, ",\"encapsulated\":[");
+    openArray(level, depth, dug.data(), dug.size());
     next = depth + 1;
 }
 

@@ -83,13 +83,13 @@ void makeTagFields(RunContext* context, const Element& element, TagFields& field
         // A tag of 00 where no end-of-contents belongs has no name; asking
         // for one would report its second octet, which the hexadecimal
         // layout doesn't.
-        out = put(out, ",\"name\":null");
+        out = put(out, ",\"type\":null");
     } else {
         TagNameBuffer buffer;
         const TagText name = elementTagName(context, element, buffer);
         // The names are letters, digits, blanks, '-' and brackets: nothing
         // that JSON escapes.
-        out = put(out, ",\"name\":\"");
+        out = put(out, ",\"type\":\"");
         out = put(out, std::string_view(name.text, static_cast<size_t>(name.length)));
         *out++ = '"';
         fields.row = name.row;

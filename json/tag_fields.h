@@ -1,5 +1,5 @@
 // The fields of an element object that its identifier octets decide:
-// ,"class":..,"tag":..,"constructed":..,"name":.. as one piece of text. For
+// ,"class":..,"tag":..,"constructed":..,"type":.. as one piece of text. For
 // the identifiers of one and two octets (tag numbers up to 127), which
 // nearly every element has, the pieces are made once and looked up.
 #pragma once
@@ -12,7 +12,7 @@ struct UniversalTag;
 
 struct TagFields {
     // The longest: ,"class":"application","tag":-2147483648,
-    // "constructed":false,"name":"[APPLICATION -2147483648]"
+    // "constructed":false,"type":"[APPLICATION -2147483648]"
     char text[128];
     uint8_t length;
     const UniversalTag* row;  // the universal tag's row, for the value's text

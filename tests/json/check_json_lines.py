@@ -3,6 +3,10 @@
 status and the count of misencodings must be the hexadecimal layout's, and
 on inputs without CDR headers the elements must stand where the decomposed
 layout puts them (offset within the record, depth, header length, length).
+The same with -oids -dig -utf8, whose elements, encapsulated ones too, must
+stand where the decomposed layout with those options puts them, and which
+may add names, encapsulated elements and international text but change
+nothing else.
 
     check_json_lines.py QORTLV GOLDEN_DIR
 """
@@ -39,6 +43,16 @@ def decomposed_elements(listing):
     return found
 
 
+MEANING = ("-oids", "-dig", "-utf8")
+INTERNATIONAL = (12, 28, 30)  # UTF8String, UniversalString, BMPString: -utf8 texts
+
+
+def children(element):
+    """The elements the walk lists inside: a constructed element's, or those
+    a string encapsulates under -dig."""
+    return element.get("elements", []) + element.get("encapsulated", [])
+
+
 def json_elements(records):
     """The same four of each element of the records, in listing order; the
     walk of the decomposed layout ends a level at a value that fails, so
@@ -60,7 +74,7 @@ def json_elements(records):
         if 18 in codes or 35 in codes:
             failed = True
             return
-        for child in element.get("elements", []):
+        for child in children(element):
             visit(child, base, depth + 1)
 
     for record in records:
@@ -85,6 +99,58 @@ def errors_of(objects):
     return found
 
 
+def without_meaning(element):
+    """The element as -json writes it without -oids, -dig and -utf8."""
+    plain = {k: v for k, v in element.items() if k not in ("name", "encapsulated", "elements")}
+    if plain.get("class") == "universal" and plain.get("tag") in INTERNATIONAL:
+        plain.pop("text", None)
+    if "elements" in element:
+        plain["elements"] = [without_meaning(child) for child in element["elements"]]
+    return plain
+
+
+def plain_objects(objects):
+    return [dict(o, element=without_meaning(o["element"])) if o["kind"] == "record" else o for o in objects]
+
+
+def parse_lines(path, output, problems):
+    objects = []
+    for number, line in enumerate(output.split("\n")[:-1], 1):
+        try:
+            objects.append(json.loads(line))
+        except json.JSONDecodeError as error:
+            problems.append(f"{path}: line {number} is no JSON: {error}")
+            return None
+    if output and not output.endswith("\n"):
+        problems.append(f"{path}: the output doesn't end with a line end")
+    return objects
+
+
+def compare_positions(binary, path, records, options, problems):
+    _, listing = run(binary, "-decomposed", *options, path)
+    want = decomposed_elements(listing)
+    have = json_elements(records)
+    shorter = min(len(want), len(have))
+    if have[:shorter] != want[:shorter]:
+        at = next(i for i in range(shorter) if have[i] != want[i])
+        words = " ".join(options) + " " if options else ""
+        problems.append(f"{path}: element {at + 1}: -json {words}{have[at]}, -decomposed {words}{want[at]}")
+
+
+def check_meaning(binary, path, status, objects, headers, problems):
+    """-oids -dig -utf8 add to the objects of -json and take nothing away."""
+    meaning_status, output = run(binary, "-json", *MEANING, path)
+    found = parse_lines(path, output, problems)
+    if found is None:
+        return
+    if meaning_status != status:
+        problems.append(f"{path}: exit status {meaning_status} with {' '.join(MEANING)}, {status} without")
+    if plain_objects(found) != plain_objects(objects):
+        problems.append(f"{path}: {' '.join(MEANING)} changes more than names, encapsulated elements and texts")
+    if not headers:
+        compare_positions(binary, path, [o for o in found if o["kind"] == "record"], MEANING, problems)
+
+
 def run(binary, *arguments):
     result = subprocess.run([binary, *arguments], capture_output=True)
     return result.returncode, result.stdout.decode("latin-1")
@@ -92,15 +158,9 @@ def run(binary, *arguments):
 
 def check(binary, path, problems):
     status, output = run(binary, "-json", path)
-    objects = []
-    for number, line in enumerate(output.split("\n")[:-1], 1):
-        try:
-            objects.append(json.loads(line))
-        except json.JSONDecodeError as error:
-            problems.append(f"{path}: line {number} is no JSON: {error}")
-            return
-    if output and not output.endswith("\n"):
-        problems.append(f"{path}: the output doesn't end with a line end")
+    objects = parse_lines(path, output, problems)
+    if objects is None:
+        return
     hex_status, hex_listing = run(binary, "-hexadecimal", path)
     if status != hex_status:
         problems.append(f"{path}: exit status {status}, the hexadecimal layout's is {hex_status}")
@@ -113,15 +173,10 @@ def check(binary, path, problems):
     if len(codes) - unreported != messages:
         problems.append(f"{path}: {len(codes)} errors, the hexadecimal layout reports {messages}")
     records = [o for o in objects if o["kind"] == "record"]
-    if any(o["kind"] == "file_header" for o in objects) or any("record_header" in r for r in records):
-        return
-    _, listing = run(binary, "-decomposed", path)
-    want = decomposed_elements(listing)
-    have = json_elements(records)
-    shorter = min(len(want), len(have))
-    if have[:shorter] != want[:shorter]:
-        at = next(i for i in range(shorter) if have[i] != want[i])
-        problems.append(f"{path}: element {at + 1}: -json {have[at]}, -decomposed {want[at]}")
+    headers = any(o["kind"] == "file_header" for o in objects) or any("record_header" in r for r in records)
+    if not headers:
+        compare_positions(binary, path, records, (), problems)
+    check_meaning(binary, path, status, objects, headers, problems)
 
 
 def main():

@@ -24,13 +24,14 @@ struct JsonRun {
     std::string output;
 };
 
-JsonRun runJson(const Octets& input)
+JsonRun runJson(const Octets& input, const char* option = nullptr)
 {
-    const char* args[] = {"qortlv", "-json", "hostile.ber"};
+    const char* args[] = {"qortlv", "-json", "hostile.ber", option};
     JsonRun run{0, {}};
     OutStream* sink = outStreamForSink(&run.output);
     const auto start = std::chrono::steady_clock::now();
-    run.status = runEntryOnBuffer(3, const_cast<char**>(args), input.data(), input.size(), sink);
+    const int count = option != nullptr ? 4 : 3;
+    run.status = runEntryOnBuffer(count, const_cast<char**>(args), input.data(), input.size(), sink);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     outStreamRelease(sink);
     EXPECT_LT(seconds, kBudgetSeconds);
@@ -103,6 +104,46 @@ TEST(JsonHostileShapes, HundredMegabyteOctetStringIsCut)
     for (int i = 0; i < 65536; ++i) hex += "41";
     EXPECT_NE(std::string::npos, run.output.find("\"hex\":\"" + hex + "\""));
     EXPECT_NE(std::string::npos, run.output.find("\"truncated\":true"));
+}
+
+size_t occurrences(const std::string& text, const std::string& part)
+{
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+    return count;
+}
+
+TEST(JsonHostileShapes, MillionOctetStringsEachHoldingTheNextUnderDig)
+{
+    // From the inside out: 04 02 41 41, then each string holds the one before.
+    constexpr int kLevels = 1000000;
+    std::vector<uint32_t> sizes(kLevels);
+    sizes[0] = 4;
+    for (int i = 1; i < kLevels; ++i) {
+        const uint32_t inner = sizes[i - 1];
+        sizes[i] = 1 + (inner < 0x80 ? 1 : inner < 0x100 ? 2 : inner < 0x10000 ? 3 : 4) + inner;
+    }
+    Octets input;
+    input.reserve(sizes[kLevels - 1]);
+    for (int i = kLevels - 1; i >= 1; --i) {
+        const uint32_t length = sizes[i - 1];
+        input.push_back(0x04);
+        if (length >= 0x10000) input.insert(input.end(), {0x83, static_cast<uint8_t>(length >> 16)});
+        if (length >= 0x100 && length < 0x10000) input.push_back(0x82);
+        if (length >= 0x100) input.push_back(static_cast<uint8_t>(length >> 8));
+        if (length >= 0x80 && length < 0x100) input.push_back(0x81);
+        input.push_back(static_cast<uint8_t>(length));
+    }
+    input.insert(input.end(), {0x04, 0x02, 0x41, 0x41});
+    ASSERT_EQ(sizes[kLevels - 1], input.size());
+    const JsonRun run = runJson(input, "-dig");
+    EXPECT_EQ(0, run.status);
+    EXPECT_EQ(1, wholeLines(run.output));
+    // Levels 1 to 255 each open the string below them; the 256th level is
+    // the deepest the walk lists, so its string stays octets, and nothing
+    // is too deep.
+    EXPECT_EQ(255u, occurrences(run.output, "\"encapsulated\":["));
+    EXPECT_EQ(std::string::npos, run.output.find("\"too_deep\""));
 }
 
 TEST(JsonHostileShapes, MillionConcatenatedRecords)

@@ -18,18 +18,18 @@ TEST(TagFields, ClassTagFormAndName)
         std::vector<uint8_t> octets;
         const char* fields;
     } rows[] = {
-        {{0x30, 0x00}, ",\"class\":\"universal\",\"tag\":16,\"constructed\":true,\"name\":\"SEQUENCE\""},
-        {{0x02, 0x01, 0x00}, ",\"class\":\"universal\",\"tag\":2,\"constructed\":false,\"name\":\"INTEGER\""},
-        {{0x06, 0x00}, ",\"class\":\"universal\",\"tag\":6,\"constructed\":false,\"name\":\"OBJECT IDENTIFIER\""},
-        {{0x0F, 0x00}, ",\"class\":\"universal\",\"tag\":15,\"constructed\":false,\"name\":\"[15]\""},
-        {{0x00, 0x05}, ",\"class\":\"universal\",\"tag\":0,\"constructed\":false,\"name\":null"},
-        {{0x61, 0x00}, ",\"class\":\"application\",\"tag\":1,\"constructed\":true,\"name\":\"[APPLICATION 1]\""},
-        {{0x80, 0x00}, ",\"class\":\"context\",\"tag\":0,\"constructed\":false,\"name\":\"[0]\""},
-        {{0xC3, 0x00}, ",\"class\":\"private\",\"tag\":3,\"constructed\":false,\"name\":\"[PRIVATE 3]\""},
-        {{0xBF, 0x4F, 0x00}, ",\"class\":\"context\",\"tag\":79,\"constructed\":true,\"name\":\"[79]\""},
-        {{0x1F, 0x24, 0x00}, ",\"class\":\"universal\",\"tag\":36,\"constructed\":false,\"name\":\"RELATIVE-OID-IRI\""},
-        {{0x1F, 0x7F, 0x00}, ",\"class\":\"universal\",\"tag\":127,\"constructed\":false,\"name\":\"[127]\""},
-        {{0x9F, 0x81, 0x00, 0x00}, ",\"class\":\"context\",\"tag\":128,\"constructed\":false,\"name\":\"[128]\""},
+        {{0x30, 0x00}, ",\"class\":\"universal\",\"tag\":16,\"constructed\":true,\"type\":\"SEQUENCE\""},
+        {{0x02, 0x01, 0x00}, ",\"class\":\"universal\",\"tag\":2,\"constructed\":false,\"type\":\"INTEGER\""},
+        {{0x06, 0x00}, ",\"class\":\"universal\",\"tag\":6,\"constructed\":false,\"type\":\"OBJECT IDENTIFIER\""},
+        {{0x0F, 0x00}, ",\"class\":\"universal\",\"tag\":15,\"constructed\":false,\"type\":\"[15]\""},
+        {{0x00, 0x05}, ",\"class\":\"universal\",\"tag\":0,\"constructed\":false,\"type\":null"},
+        {{0x61, 0x00}, ",\"class\":\"application\",\"tag\":1,\"constructed\":true,\"type\":\"[APPLICATION 1]\""},
+        {{0x80, 0x00}, ",\"class\":\"context\",\"tag\":0,\"constructed\":false,\"type\":\"[0]\""},
+        {{0xC3, 0x00}, ",\"class\":\"private\",\"tag\":3,\"constructed\":false,\"type\":\"[PRIVATE 3]\""},
+        {{0xBF, 0x4F, 0x00}, ",\"class\":\"context\",\"tag\":79,\"constructed\":true,\"type\":\"[79]\""},
+        {{0x1F, 0x24, 0x00}, ",\"class\":\"universal\",\"tag\":36,\"constructed\":false,\"type\":\"RELATIVE-OID-IRI\""},
+        {{0x1F, 0x7F, 0x00}, ",\"class\":\"universal\",\"tag\":127,\"constructed\":false,\"type\":\"[127]\""},
+        {{0x9F, 0x81, 0x00, 0x00}, ",\"class\":\"context\",\"tag\":128,\"constructed\":false,\"type\":\"[128]\""},
     };
     for (const auto& row : rows) {
         TestContext run;
