@@ -8,6 +8,7 @@
 #include "json/json_text.h"
 #include "meaning/encapsulation.h"
 #include "runtime/context.h"
+#include "runtime/extensions.h"
 #include "runtime/output.h"
 #include "tlv/element.h"
 #include "tlv/end_cache.h"
@@ -229,7 +230,7 @@ void JsonWalk::enterContents(Level& level, int depth, int& next)
 // contents that fit within the walk's depth pass, so none is too deep.
 void JsonWalk::enterEncapsulated(Level& level, int depth, int& next)
 {
-    if (context_->extensions == nullptr) return;
+    if (context_->extensions == nullptr || !context_->extensions->digEncapsulated) return;
     const OctetView dug = encapsulatedContents(context_, level.read, MAX_WALK_DEPTH - 1 - depth);
     if (dug.empty()) return;
     writeJsonLiteral(context_, ",\"encapsulated\":[");

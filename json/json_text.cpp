@@ -106,6 +106,15 @@ char* putDigits(char* out, uint64_t value)
 
 char* putJsonNumber(char* out, int64_t value)
 {
+    // Header lengths, small lengths and tag numbers: one or two digits.
+    if (value >= 0 && value < 100) {
+        if (value < 10) {
+            *out = static_cast<char>('0' + value);
+            return out + 1;
+        }
+        std::memcpy(out, &kDigitPairs[2 * value], 2);
+        return out + 2;
+    }
     const bool exact = value <= kExactLimit && value >= -kExactLimit;
     if (!exact) *out++ = '"';
     if (value < 0) {
