@@ -74,15 +74,16 @@ uint64_t elementsHidden(const Element& element)
 }
 
 // A failed value: counted, and its reason kept under -diagnose. Whether the
-// level ends.
-bool failedValue(RunContext* context, const Element& element, const UniversalTag* row)
+// level ends. A layout that goes on behind every failed value (`shownAll`)
+// hides nothing behind it.
+bool failedValue(RunContext* context, const Element& element, const UniversalTag* row, bool shownAll = false)
 {
     if (structureFault(element)) return true;
     DiagnoseTally* tally = runTally(context);
     if (!diagnosing(context)) {
         if (tally != nullptr) {
             ++tally->failedValues;
-            tally->hiddenElements += elementsHidden(element);
+            if (!shownAll) tally->hiddenElements += elementsHidden(element);
         }
         return true;
     }
@@ -131,6 +132,15 @@ bool failedValueEndsLevel(RunContext* context, const Element& element, const Uni
 {
     context->toolFlags &= ~TLV_VALUE_FAILED;
     return failedValue(context, element, row);
+}
+
+const char* countShownFailure(RunContext* context, const Element& element, const UniversalTag* row)
+{
+    failedValue(context, element, row, true);
+    DiagnoseTally* tally = runTally(context);
+    if (tally == nullptr || !tally->notePending) return nullptr;
+    tally->notePending = false;
+    return tally->note;
 }
 
 void writeFailureNote(RunContext* context, int indent)

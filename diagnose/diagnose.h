@@ -21,6 +21,9 @@ constexpr int kDecomposedNoteIndent = 9;
 // it for a failed value whose end the walk can't trust.
 bool failedValueEndsLevel(RunContext* context, const Element& element, const UniversalTag* row);
 
+// For a layout that shows everything behind a failed value (JSON): counts
+// the failure; under -diagnose the decoder's reason, else null.
+const char* countShownFailure(RunContext* context, const Element& element, const UniversalTag* row);
 // The reason kept by failedValueEndsLevel, on a line of its own behind
 // `indent` blanks; nothing when there is none.
 void writeFailureNote(RunContext* context, int indent);

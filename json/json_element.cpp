@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "app/signal.h"
+#include "diagnose/diagnose.h"
 #include "json/error_capture.h"
 #include "json/json_text.h"
 #include "json/tag_fields.h"
@@ -90,7 +91,11 @@ void writeValue(RunContext* context, ErrorCapture& errors, const Element& elemen
     }
     if (writeLimitedHex(context, element.contents())) cut = true;
     if (cut) writeJsonLiteral(context, ",\"truncated\":true");
-    if (failed) errors.add(kValueFailedCode, kValueFailedText);
+    if (failed) {
+        // Under -diagnose the decoder's own reason says why.
+        const char* reason = countShownFailure(context, element, row);
+        errors.add(kValueFailedCode, reason != nullptr ? reason : kValueFailedText);
+    }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "app/signal.h"
+#include "diagnose/diagnose.h"
 #include "json/error_capture.h"
 #include "json/json_element.h"
 #include "json/json_text.h"
@@ -256,6 +257,7 @@ void JsonWalk::walk(int32_t count)
         if (atStart) {
             if (depth == 0 && !startRecord(level)) return;
             openElement(level, depth);
+            countElement(context_, depth == 0);
             if (writeElementOpening(context_, errors_, level.read, offsetOf(level.element), level.indefinite) != 0) {
                 // The level ends at this element, as the listing's does.
                 closeElement(level);
