@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 #include "app/input.h"
 #include "app/options.h"
@@ -11,7 +12,9 @@
 #include "app/text_input.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
+#include "runtime/extensions.h"
 #include "runtime/services.h"
+#include "tagmap/bundled_map.h"
 #include "tlv/hex_layout.h"
 #include "tlv/repair.h"
 
@@ -72,6 +75,37 @@ void refuseOutputOverInput(RunContext* context, const DriverState& state)
         if (name != nullptr && sameFile(state.inputName, name)) exitWithMessage(context, kOutputOpenFailed, name);
     }
 }
+
+// -tags: the map is read before any output is opened; a map that can't be
+// read or is malformed ends the run with its own status, the message on
+// standard error.
+void loadRunTagMap(RunContext* context, DriverState& state)
+{
+    if (state.tagMapName == nullptr) return;
+    std::string error;
+    if (!loadTagMap(state.tagMapName, state.tagMap, error)) {
+        std::fprintf(stderr, "qortlv: %s\n", error.c_str());
+        jumpToTarget(context, kTagMapStatus);
+    }
+    state.extensions.tagMap = &state.tagMap;
+}
+
+// Points the context at the run's extension settings while the run lasts.
+class ExtensionsInUse {
+public:
+    ExtensionsInUse(RunContext* context, const RunExtensions* extensions)
+        : context_(context), saved_(context->extensions)
+    {
+        context->extensions = extensions;
+    }
+    ~ExtensionsInUse() { context_->extensions = saved_; }
+    ExtensionsInUse(const ExtensionsInUse&) = delete;
+    ExtensionsInUse& operator=(const ExtensionsInUse&) = delete;
+
+private:
+    RunContext* context_;
+    const RunExtensions* saved_;
+};
 
 // Reports a failed load; 45 to 48 end the run, 49 comes back.
 void reportLoadFailure(RunContext* context, DriverState& state)
@@ -183,6 +217,8 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
         if (parseArguments(context, state, argc, argv) == OptionsOutcome::Run) {
             if (state.inputName == nullptr) exitWithMessage(context, kNoInputName, nullptr);
             refuseOutputOverInput(context, state);
+            loadRunTagMap(context, state);
+            const ExtensionsInUse extensions(context, state.tagMapName != nullptr ? &state.extensions : nullptr);
             if (state.outputName != nullptr) {
                 if (openOutputFile(context, state.outputName) != 0) {
                     exitWithMessage(context, kOutputOpenFailed, state.outputName);

@@ -6,6 +6,8 @@
 
 #include "app/text_input.h"
 #include "runtime/buffers.h"
+#include "runtime/extensions.h"
+#include "tagmap/tag_map.h"
 
 struct RunContext;
 
@@ -28,6 +30,9 @@ struct DriverState {
     InputBuffer buffer;
     DecodedInput decoded;  // -pem and -base64
     char nameFromStdin[256];  // the input name read by the "-" option
+    const char* tagMapName;   // -tags: a file or a bundled map's name
+    TagMap tagMap;            // what -tags loaded, for the length of the run
+    RunExtensions extensions;
 };
 
 int runDriver(RunContext* context, int argc, char** argv);

@@ -41,6 +41,9 @@ constexpr ExtensionHelp kExtensionHelp[] = {
     {"-pem <infile>", "print BER encoding from each PEM block of a text file, behind a line with the block's "
                       "number and label"},
     {"-base64 <infile>", "print BER encoding from a base64 or base64url text file"},
+    {"-tags <file|name>", "show field names and readable values from a tag map in the syntax-TLV and "
+                          "decomposed-TLV formats: a map file, or 3gpp-ps for the bundled 3GPP packet-switched "
+                          "CDRs"},
 };
 
 constexpr size_t kNameColumn = 2;   // where the name begins

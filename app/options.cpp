@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "app/driver.h"
+#include "app/signal.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "tlv/decomposed_layout.h"
@@ -37,6 +38,7 @@ enum OptionNumber : int16_t {
     OPT_NO_CDR_HEADERS = 17,
     OPT_PEM = 18,
     OPT_BASE64 = 19,
+    OPT_TAGS = 20,
 };
 
 struct OptionRow {
@@ -68,6 +70,7 @@ constexpr OptionRow kOptions[] = {
     // abbreviation above changes its meaning ("-p" is -pad, "-b" -binary).
     {"-pem", OPT_PEM, 3},
     {"-base64", OPT_BASE64, 3},
+    {"-tags", OPT_TAGS, 3},  // "-t", "-te"... stay -text
     {"", OPT_NONE, 0},
 };
 
@@ -142,6 +145,17 @@ int takePadByte(RunContext* context, int argc, char** argv, int at)
     return at + 1;
 }
 
+// -tags: the next argument names the tag map, a file or a bundled map.
+int takeTagMapName(RunContext* context, DriverState& state, int argc, char** argv, int at)
+{
+    if (at + 1 >= argc || (argv[at + 1][0] == '-' && argv[at + 1][1] != '\0')) {
+        std::fputs("qortlv: -tags needs a tag map: a file, or a bundled map's name (3gpp-ps).\n", stderr);
+        jumpToTarget(context, kTagMapStatus);
+    }
+    state.tagMapName = argv[at + 1];
+    return at + 1;
+}
+
 // +offset,num
 void takeRange(RunContext* context, DriverState& state, const char* argument)
 {
@@ -209,6 +223,9 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
             case OPT_BASE64:
                 state.form = number == OPT_PEM ? InputForm::Pem : InputForm::Base64;
                 at = takeInputName(context, state, argc, argv, at);
+                break;
+            case OPT_TAGS:
+                at = takeTagMapName(context, state, argc, argv, at);
                 break;
             case OPT_NAME_FROM_STDIN:
                 readNameFromStdin(context, state);

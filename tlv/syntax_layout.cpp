@@ -15,6 +15,7 @@
 #include "runtime/output_line.h"
 #include "runtime/services.h"
 #include "tlv/end_cache.h"
+#include "tlv/field_columns.h"
 #include "tlv/reader.h"
 #include "tlv/walker.h"
 
@@ -60,6 +61,7 @@ void printSyntaxLayout(RunContext* context, InputBuffer& buffer)
     const uint32_t savedFlags = context->toolFlags;
     context->toolFlags |= TLV_SYNTAX_LAYOUT;
     EndCacheScope ends(context);
+    TagWalkScope fields(context);
     bool titles = true;
     int32_t count = buffer.length;
     walkRecords(context, buffer.data, count, 0, titles, printSyntaxElement);
@@ -126,6 +128,9 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     }
     if (bad && length == LENGTH_TRUNCATED) return 1;
 
+    if (context->tagWalk != nullptr) {
+        return printSyntaxFieldContents(context, element, depth, name.row, column, bad) ? 1 : 0;
+    }
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;

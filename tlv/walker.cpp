@@ -7,6 +7,7 @@
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
+#include "tagmap/tag_walk.h"
 #include "tlv/reader.h"
 
 namespace {
@@ -179,6 +180,7 @@ void walkRecords(RunContext* context, const uint8_t* element, int32_t& count, in
         }
         bool indefinite = false;
         Element read = readElement(element, count);
+        if (context->tagWalk != nullptr) context->tagWalk->enter(depth, read.tagClass, read.tagNumber);
         if (printer(context, read, depth, indefinite, titles) != 0) return;
         // The repair may have rewritten a length octet while printing.
         if ((context->toolFlags & TLV_FIX_ENCODING) != 0) read = readElement(element, count);
