@@ -18,6 +18,13 @@ namespace {
 
 constexpr int kLineEnd = 79;      // where the layouts cut a value
 constexpr int kCopyLimit = 1024;  // the longest value shown when the line width doesn't count
+constexpr size_t kNoteRoom = 32;  // " (not bcd-timestamp)" is the longest note
+constexpr size_t kInPlaceLimit = 4096;  // longer values are made apart and copied
+// Between a field name and its value in the syntax layout; before the value
+// in the decomposed one.
+constexpr std::string_view kFieldSeparator(": ", 2);
+constexpr std::string_view kValueSeparator(":", 1);
+constexpr std::string_view kNoSeparator;
 
 // Room for a value's text: on the stack for the contents a CDR field has,
 // a block of its own for longer ones.
@@ -48,10 +55,34 @@ private:
 FieldValue describe(const RunContext* context, const Element& element, int level, bool bad, FieldBuffer& buffer)
 {
     const TagWalk& walk = *context->tagWalk;
-    const OctetView contents = bad || element.indefinite() ? OctetView() : element.contents();
+    const bool whole = !bad && element.length >= 0 && !element.lengthOverruns();
+    const OctetView contents = whole ? element.contents() : OctetView();
     const Octets octets(contents.data(), static_cast<size_t>(contents.size()));
-    return fieldValue(walk.map(), walk.node(level), element.constructed || bad, octets, buffer.text(),
+    return fieldValue(walk.map(), walk.node(level), element.constructed || !whole, octets, buffer.text(),
                       buffer.capacity());
+}
+
+// Where a cut falls: the characters of a `size`-long value kept at `column`
+// (of the layouts' 79), and whether "..." marks the cut.
+size_t keptOfValue(const RunContext* context, size_t size, int column, bool& cut)
+{
+    cut = false;
+    if ((context->toolFlags & TLV_NO_SHORT) != 0) return size;
+    int room = kLineEnd - column;
+    if (context->lineWidth == 0 || context->lineWidth > static_cast<uint32_t>(kCopyLimit)) room = kCopyLimit;
+    if (size <= static_cast<size_t>(room > 0 ? room : 0)) return size;
+    cut = true;
+    return room <= 3 ? 0 : static_cast<size_t>(room - 3);
+}
+
+// " (not FORM)" into `note`; returns its length.
+size_t formNote(const char* formName, char* note, size_t capacity)
+{
+    const size_t nameSize = std::min(std::strlen(formName), capacity - 7);
+    std::memcpy(note, " (not ", 6);
+    std::memcpy(note + 6, formName, nameSize);
+    note[6 + nameSize] = ')';
+    return nameSize + 7;
 }
 
 // The formed value, or the hexadecimal with " (not FORM)" behind it, cut at
@@ -59,26 +90,11 @@ FieldValue describe(const RunContext* context, const Element& element, int level
 // note whole when the line has room for it.
 void printFieldText(RunContext* context, const FieldValue& value, int column)
 {
-    char note[32];  // " (not bcd-timestamp)" is the longest
-    size_t noteSize = 0;
-    if (value.shown == FieldValue::Shown::Hex) {
-        const size_t nameSize = std::min<size_t>(std::strlen(value.formName), sizeof note - 7);
-        std::memcpy(note, " (not ", 6);
-        std::memcpy(note + 6, value.formName, nameSize);
-        note[6 + nameSize] = ')';
-        noteSize = nameSize + 7;
-    }
+    char note[kNoteRoom];
+    const size_t noteSize = value.shown == FieldValue::Shown::Hex ? formNote(value.formName, note, sizeof note) : 0;
     const size_t size = value.text.size() + noteSize;
-    size_t shown = size;
     bool cut = false;
-    if ((context->toolFlags & TLV_NO_SHORT) == 0) {
-        int room = kLineEnd - column;
-        if (context->lineWidth == 0 || context->lineWidth > static_cast<uint32_t>(kCopyLimit)) room = kCopyLimit;
-        if (size > static_cast<size_t>(room > 0 ? room : 0)) {
-            cut = true;
-            shown = room <= 3 ? 0 : static_cast<size_t>(room - 3);
-        }
-    }
+    const size_t shown = keptOfValue(context, size, column, cut);
     OutputLine line(context, size + 3);
     if (cut && noteSize > 0 && shown >= noteSize) {
         line.text(value.text.data(), shown - noteSize);
@@ -118,6 +134,98 @@ bool printContents(RunContext* context, const Element& element, const FieldValue
     return bad;
 }
 
+// A form that the layouts show in place of their own value (see
+// printContents for `hex`).
+bool formApplies(const TagNode& node)
+{
+    return node.form != ValueForm::None && node.form != ValueForm::Hex;
+}
+
+// A primitive, tagged element of a definite length with a form of its own;
+// for such an element `hex` is what the layout shows, so it goes here too.
+bool formInPlace(const TagNode& node, const Element& element, const UniversalTag* row, bool bad)
+{
+    return node.form != ValueForm::None && !bad && !element.constructed && row == nullptr && element.length > 0 &&
+           !element.lengthOverruns();
+}
+
+// A constructed, tagged element of a definite length that the data holds:
+// the layout's value for it is never shown and never fails, so it isn't
+// made.
+bool nothingToShow(const Element& element, const UniversalTag* row, bool bad)
+{
+    return element.constructed && row == nullptr && !bad && element.length >= 0 && !element.lengthOverruns();
+}
+
+// The common case, written straight into the run buffer: a primitive,
+// tagged (not universal) element of a definite length with a form of its
+// own. For such an element the layout's value is its octets in hexadecimal
+// and can't fail, so it isn't made at all. False when the value takes the
+// general road (the output goes elsewhere, or the value is long).
+bool printInPlace(RunContext* context, const TagMap& map, const TagNode& node, const Element& element, int column,
+                  std::string_view field, std::string_view separator)
+{
+    const OctetView contents = element.contents();
+    const Octets octets(contents.data(), static_cast<size_t>(contents.size()));
+    const size_t bound = valueTextBound(octets.size());
+    const size_t most = field.size() + separator.size() + bound + kNoteRoom + 3;
+    if (most > kInPlaceLimit) return false;
+    char* const begin = qorReserve(context, most);
+    if (begin == nullptr) return false;
+    char* at = begin;
+    std::memcpy(at, field.data(), field.size());
+    at += field.size();
+    for (char c : separator) *at++ = c;  // none to two characters
+    column += static_cast<int>(field.size() + separator.size());
+    ValueText out{at, bound, 0};
+    size_t noteSize = 0;
+    char note[kNoteRoom];
+    if (!valueText(map, node, octets, out)) {
+        hexText(octets, out);
+        noteSize = formNote(valueFormName(node.form), note, sizeof note);
+    }
+    bool cut = false;
+    const size_t shown = keptOfValue(context, out.length + noteSize, column, cut);
+    if (!cut) {
+        // The whole note room in one fixed copy: the reservation holds it.
+        at += out.length;
+        if (noteSize > 0) std::memcpy(at, note, kNoteRoom);
+        at += noteSize;
+    } else if (noteSize > 0 && shown >= noteSize) {
+        at += shown - noteSize;
+        std::memcpy(at, "...", 3);
+        std::memcpy(at + 3, note, noteSize);
+        at += 3 + noteSize;
+    } else {
+        // The text and the note as one, cut where the line ends.
+        if (shown > out.length) std::memcpy(at + out.length, note, shown - out.length);
+        at += shown;
+        std::memcpy(at, "...", 3);
+        at += 3;
+    }
+    qorGiveBack(context, at);
+    return true;
+}
+
+// A form on a universal type, an empty value, a length beyond the data, a
+// long value: the value made apart, the layout's value where it fails.
+[[gnu::noinline]] bool printSyntaxFieldRarely(RunContext* context, const Element& element, int level,
+                                              const UniversalTag* row, int column, bool bad)
+{
+    FieldBuffer buffer(static_cast<size_t>(bad ? 0 : element.contents().size()));
+    const FieldValue field = describe(context, element, level, bad, buffer);
+    if (field.named()) column += qorWrite(context, field.field.data(), field.field.size());
+    return printContents(context, element, field, row, column, bad, field.named() ? kFieldSeparator : kNoSeparator);
+}
+
+[[gnu::noinline]] bool printDecomposedFieldRarely(RunContext* context, const Element& element, int level,
+                                                  const UniversalTag* row, int column, bool bad)
+{
+    FieldBuffer buffer(static_cast<size_t>(bad ? 0 : element.contents().size()));
+    const FieldValue field = describe(context, element, level, bad, buffer);
+    return printContents(context, element, field, row, column, bad, kValueSeparator);
+}
+
 }  // namespace
 
 TagWalkScope::TagWalkScope(RunContext* context) : context_(context), saved_(context->tagWalk)
@@ -143,16 +251,38 @@ std::string_view tagField(const RunContext* context, int level)
 bool printSyntaxFieldContents(RunContext* context, const Element& element, int level, const UniversalTag* row,
                               int column, bool bad)
 {
-    FieldBuffer buffer(static_cast<size_t>(bad || element.constructed ? 0 : element.contents().size()));
-    const FieldValue field = describe(context, element, level, bad, buffer);
-    if (field.named()) column += qorWrite(context, field.field.data(), field.field.size());
-    return printContents(context, element, field, row, column, bad, field.named() ? ": " : "");
+    const TagNode* node = context->tagWalk->node(level);
+    if (node == nullptr) return printContents(context, element, FieldValue(), row, column, bad, kNoSeparator);
+    if (formInPlace(*node, element, row, bad) &&
+        printInPlace(context, context->tagWalk->map(), *node, element, column, node->field,
+                     node->field.empty() ? kNoSeparator : kFieldSeparator)) {
+        return bad;
+    }
+    if (nothingToShow(element, row, bad)) {
+        qorWrite(context, node->field.data(), node->field.size());
+        return bad;
+    }
+    if (element.constructed || !formApplies(*node)) {
+        // The name, and the layout's own contents.
+        column += qorWrite(context, node->field.data(), node->field.size());
+        return printContents(context, element, FieldValue(), row, column, bad,
+                             node->field.empty() ? kNoSeparator : kFieldSeparator);
+    }
+    return printSyntaxFieldRarely(context, element, level, row, column, bad);
 }
 
 bool printDecomposedFieldContents(RunContext* context, const Element& element, int level, const UniversalTag* row,
                                   int column, bool bad)
 {
-    FieldBuffer buffer(static_cast<size_t>(bad || element.constructed ? 0 : element.contents().size()));
-    const FieldValue field = describe(context, element, level, bad, buffer);
-    return printContents(context, element, field, row, column, bad, ":");
+    const TagNode* node = context->tagWalk->node(level);
+    if (node == nullptr) return printContents(context, element, FieldValue(), row, column, bad, kValueSeparator);
+    if (formInPlace(*node, element, row, bad) &&
+        printInPlace(context, context->tagWalk->map(), *node, element, column, kNoSeparator, kValueSeparator)) {
+        return bad;
+    }
+    if (nothingToShow(element, row, bad)) return bad;
+    if (element.constructed || !formApplies(*node)) {
+        return printContents(context, element, FieldValue(), row, column, bad, kValueSeparator);
+    }
+    return printDecomposedFieldRarely(context, element, level, row, column, bad);
 }
