@@ -229,20 +229,19 @@ bool isdnText(Octets octets, ValueText& out)
 bool bcdTimestampText(Octets octets, ValueText& out)
 {
     if (octets.size() != 9 || (octets[6] != '+' && octets[6] != '-')) return false;
-    unsigned field[8];
-    for (size_t i = 0, f = 0; i < 9; ++i) {
-        if (i == 6) continue;
-        if (!bcdOctet(octets[i], field[f++])) return false;
-    }
+    // YY MM DD hh mm ss, then the offset's hh mm behind the sign octet; each
+    // octet's two BCD digits go into "20YY-MM-DD hh:mm:ss Shh:mm" as they stand.
+    constexpr size_t kOctet[8] = {0, 1, 2, 3, 4, 5, 7, 8};
     constexpr unsigned kLow[8] = {0, 1, 1, 0, 0, 0, 0, 0};
     constexpr unsigned kHigh[8] = {99, 12, 31, 23, 59, 59, 14, 59};
-    for (int f = 0; f < 8; ++f) {
-        if (field[f] < kLow[f] || field[f] > kHigh[f]) return false;
-    }
-    // "20YY-MM-DD hh:mm:ss Shh:mm", the fields' digits dropped into place.
-    char text[] = "20..-..-.. ..:..:.. ...:..";
     constexpr size_t kAt[8] = {2, 5, 8, 11, 14, 17, 21, 24};
-    for (int f = 0; f < 8; ++f) std::memcpy(text + kAt[f], kDigitPairs + 2 * field[f], 2);
+    char text[] = "20..-..-.. ..:..:.. ...:..";
+    for (int f = 0; f < 8; ++f) {
+        unsigned value;
+        if (!bcdOctet(octets[kOctet[f]], value) || value < kLow[f] || value > kHigh[f]) return false;
+        text[kAt[f]] = static_cast<char>('0' + (octets[kOctet[f]] >> 4));
+        text[kAt[f] + 1] = static_cast<char>('0' + (octets[kOctet[f]] & 0xF));
+    }
     text[20] = static_cast<char>(octets[6]);
     Sink sink(out);
     sink.put(std::string_view(text, sizeof text - 1));

@@ -21,10 +21,12 @@ constexpr int kCopyLimit = 1024;  // the longest value shown when the line width
 constexpr size_t kNoteRoom = 32;  // " (not bcd-timestamp)" is the longest note
 constexpr size_t kInPlaceLimit = 4096;  // longer values are made apart and copied
 // Between a field name and its value in the syntax layout; before the value
-// in the decomposed one.
-constexpr std::string_view kFieldSeparator(": ", 2);
-constexpr std::string_view kValueSeparator(":", 1);
-constexpr std::string_view kNoSeparator;
+// in the decomposed one. All three are beginnings of one text, so the
+// in-place writer moves it whole and keeps as much as the separator has.
+constexpr char kSeparatorText[2] = {':', ' '};
+constexpr std::string_view kFieldSeparator(kSeparatorText, 2);
+constexpr std::string_view kValueSeparator(kSeparatorText, 1);
+constexpr std::string_view kNoSeparator(kSeparatorText, 0);
 
 // Room for a value's text: on the stack for the contents a CDR field has,
 // a block of its own for longer ones.
@@ -113,8 +115,8 @@ void printFieldText(RunContext* context, const FieldValue& value, int column)
 // what the layouts show for tagged octets already, and a universal type
 // (the OBJECT IDENTIFIER of a ManagementExtension) reads better as the
 // layout shows it: `hex` keeps the layout's value.
-bool printContents(RunContext* context, const Element& element, const FieldValue& field, const UniversalTag* row,
-                   int column, bool bad, std::string_view separator)
+[[gnu::noinline]] bool printContents(RunContext* context, const Element& element, const FieldValue& field,
+                                     const UniversalTag* row, int column, bool bad, std::string_view separator)
 {
     Rendered value = renderContents(context, element, row);
     if (!value.present()) return bad;
@@ -162,7 +164,8 @@ bool nothingToShow(const Element& element, const UniversalTag* row, bool bad)
 // own. For such an element the layout's value is its octets in hexadecimal
 // and can't fail, so it isn't made at all. False when the value takes the
 // general road (the output goes elsewhere, or the value is long).
-bool printInPlace(RunContext* context, const TagMap& map, const TagNode& node, const Element& element, int column,
+[[gnu::always_inline]] inline bool printInPlace(RunContext* context, const TagMap& map, const TagNode& node,
+                                                const Element& element, int column,
                   std::string_view field, std::string_view separator)
 {
     const OctetView contents = element.contents();
@@ -175,7 +178,8 @@ bool printInPlace(RunContext* context, const TagMap& map, const TagNode& node, c
     char* at = begin;
     std::memcpy(at, field.data(), field.size());
     at += field.size();
-    for (char c : separator) *at++ = c;  // none to two characters
+    std::memcpy(at, kSeparatorText, sizeof kSeparatorText);  // `separator` is its beginning
+    at += separator.size();
     column += static_cast<int>(field.size() + separator.size());
     ValueText out{at, bound, 0};
     size_t noteSize = 0;
