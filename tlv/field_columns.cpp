@@ -136,6 +136,26 @@ void printFieldText(RunContext* context, const FieldValue& value, int column)
     return bad;
 }
 
+// A field name of up to 32 characters in two overlapping moves of a fixed
+// size, which reads and writes only its own octets; longer ones by memcpy.
+inline void copyName(char* to, const char* from, size_t size)
+{
+    if (size >= 16 && size <= 32) {
+        std::memcpy(to, from, 16);
+        std::memcpy(to + size - 16, from + size - 16, 16);
+    } else if (size >= 8 && size < 16) {
+        std::memcpy(to, from, 8);
+        std::memcpy(to + size - 8, from + size - 8, 8);
+    } else if (size >= 4 && size < 8) {
+        std::memcpy(to, from, 4);
+        std::memcpy(to + size - 4, from + size - 4, 4);
+    } else if (size < 4) {
+        for (size_t i = 0; i < size; ++i) to[i] = from[i];
+    } else {
+        std::memcpy(to, from, size);
+    }
+}
+
 // A form that the layouts show in place of their own value (see
 // printContents for `hex`).
 bool formApplies(const TagNode& node)
@@ -176,7 +196,7 @@ bool nothingToShow(const Element& element, const UniversalTag* row, bool bad)
     char* const begin = qorReserve(context, most);
     if (begin == nullptr) return false;
     char* at = begin;
-    std::memcpy(at, field.data(), field.size());
+    copyName(at, field.data(), field.size());
     at += field.size();
     std::memcpy(at, kSeparatorText, sizeof kSeparatorText);  // `separator` is its beginning
     at += separator.size();
