@@ -156,6 +156,13 @@ inline void copyName(char* to, const char* from, size_t size)
     }
 }
 
+// A field name; a step that the map names nothing at has an empty view,
+// whose pointer may be null.
+int writeField(RunContext* context, std::string_view field)
+{
+    return field.empty() ? 0 : qorWrite(context, field.data(), field.size());
+}
+
 // A form that the layouts show in place of their own value (see
 // printContents for `hex`).
 bool formApplies(const TagNode& node)
@@ -238,7 +245,7 @@ bool nothingToShow(const Element& element, const UniversalTag* row, bool bad)
 {
     FieldBuffer buffer(static_cast<size_t>(bad ? 0 : element.contents().size()));
     const FieldValue field = describe(context, element, level, bad, buffer);
-    if (field.named()) column += qorWrite(context, field.field.data(), field.field.size());
+    column += writeField(context, field.field);
     return printContents(context, element, field, row, column, bad, field.named() ? kFieldSeparator : kNoSeparator);
 }
 
@@ -283,12 +290,12 @@ bool printSyntaxFieldContents(RunContext* context, const Element& element, int l
         return bad;
     }
     if (nothingToShow(element, row, bad)) {
-        qorWrite(context, node->field.data(), node->field.size());
+        writeField(context, node->field);
         return bad;
     }
     if (element.constructed || !formApplies(*node)) {
         // The name, and the layout's own contents.
-        column += qorWrite(context, node->field.data(), node->field.size());
+        column += writeField(context, node->field);
         return printContents(context, element, FieldValue(), row, column, bad,
                              node->field.empty() ? kNoSeparator : kFieldSeparator);
     }
