@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 #include "app/input.h"
 #include "app/run_extensions.h"
@@ -14,7 +15,9 @@
 #include "diagnose/verdict.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
+#include "runtime/extensions.h"
 #include "runtime/services.h"
+#include "tagmap/bundled_map.h"
 #include "tlv/hex_layout.h"
 #include "tlv/repair.h"
 
@@ -74,6 +77,20 @@ void refuseOutputOverInput(RunContext* context, const DriverState& state)
     for (const char* name : {state.outputName, state.repairName}) {
         if (name != nullptr && sameFile(state.inputName, name)) exitWithMessage(context, kOutputOpenFailed, name);
     }
+}
+
+// -tags: the map is read before any output is opened; a map that can't be
+// read or is malformed ends the run with its own status, the message on
+// standard error.
+void loadRunTagMap(RunContext* context, DriverState& state)
+{
+    if (state.tagMapName == nullptr) return;
+    std::string error;
+    if (!loadTagMap(state.tagMapName, state.tagMap, error)) {
+        std::fprintf(stderr, "qortlv: %s\n", error.c_str());
+        jumpToTarget(context, kTagMapStatus);
+    }
+    state.extensions->settings().tagMap = &state.tagMap;
 }
 
 // Reports a failed load; 45 to 48 end the run, 49 comes back.
@@ -206,6 +223,7 @@ int runDriverOn(RunContext* context, int argc, char** argv, std::FILE* input)
         if (parseArguments(context, state, argc, argv) == OptionsOutcome::Run) {
             if (state.inputName == nullptr) exitWithMessage(context, kNoInputName, nullptr);
             refuseOutputOverInput(context, state);
+            loadRunTagMap(context, state);
             if (state.outputName != nullptr) {
                 if (openOutputFile(context, state.outputName) != 0) {
                     exitWithMessage(context, kOutputOpenFailed, state.outputName);

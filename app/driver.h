@@ -8,6 +8,8 @@
 #include "diagnose/tally.h"
 #include "runtime/extensions.h"
 #include "runtime/buffers.h"
+#include "runtime/extensions.h"
+#include "tagmap/tag_map.h"
 
 struct RunContext;
 class RunExtensionsScope;
@@ -33,6 +35,8 @@ struct DriverState {
     char nameFromStdin[256];  // the input name read by the "-" option
     RunExtensionsScope* extensions;  // the run's extension settings and tables
     DiagnoseTally tally;             // what the run found wrong
+    const char* tagMapName;  // -tags: a file or a bundled map's name
+    TagMap tagMap;           // what -tags loaded, for the length of the run
 };
 
 int runDriver(RunContext* context, int argc, char** argv);

@@ -48,6 +48,7 @@ enum OptionNumber : int16_t {
     OPT_UTF8 = 24,
     OPT_DIAGNOSE = 25,
     OPT_CHECK = 26,
+    OPT_TAGS = 27,
 };
 
 struct OptionRow {
@@ -91,6 +92,7 @@ constexpr OptionRow kOptions[] = {
     // "-d" and "-de" stay -decomposed; "-dia" leaves "-di" to no option.
     {"-diagnose", OPT_DIAGNOSE, 4},
     {"-check", OPT_CHECK, 3},
+    {"-tags", OPT_TAGS, 3},  // "-t", "-te"... stay -text
     {"", OPT_NONE, 0},
 };
 
@@ -188,6 +190,17 @@ int takeOidFile(RunContext* context, DriverState& state, int argc, char** argv, 
     return at + 1;
 }
 
+// -tags: the next argument names the tag map, a file or a bundled map.
+int takeTagMapName(RunContext* context, DriverState& state, int argc, char** argv, int at)
+{
+    if (at + 1 >= argc || (argv[at + 1][0] == '-' && argv[at + 1][1] != '\0')) {
+        std::fputs("qortlv: -tags needs a tag map: a file, or a bundled map's name (3gpp-ps).\n", stderr);
+        jumpToTarget(context, kTagMapStatus);
+    }
+    state.tagMapName = argv[at + 1];
+    return at + 1;
+}
+
 // +offset,num
 void takeRange(RunContext* context, DriverState& state, const char* argument)
 {
@@ -281,6 +294,9 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
             case OPT_BASE64:
                 state.form = number == OPT_PEM ? InputForm::Pem : InputForm::Base64;
                 at = takeInputName(context, state, argc, argv, at);
+                break;
+            case OPT_TAGS:
+                at = takeTagMapName(context, state, argc, argv, at);
                 break;
             case OPT_NAME_FROM_STDIN:
                 readNameFromStdin(context, state);

@@ -16,6 +16,7 @@ struct OutStream;
 struct RecordSpan;
 struct EndCache;
 struct RunExtensions;
+class TagWalk;
 
 // Bits of toolFlags.
 constexpr uint32_t TLV_SYNTAX_LAYOUT = 0x2;
@@ -103,6 +104,7 @@ struct RunContext {
     ErrorHook errorHook;
     RecordSpan* recordSpan;
     EndCache* endCache;  // where indefinite elements end, while a layout prints
+    TagWalk* tagWalk;    // the tag map's nodes of the open levels, while a layout prints with -tags
     bool jumpTarget;
     OutStream* savedOutStream;
     PrintOverride printOverride;

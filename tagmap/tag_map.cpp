@@ -2,40 +2,6 @@
 
 #include <algorithm>
 
-namespace {
-
-constexpr uint64_t kEmptyKey = UINT64_MAX;
-
-// Fibonacci hashing: the key's top bits after one multiplication.
-inline uint64_t slotOf(uint64_t key, uint32_t mask)
-{
-    return ((key * 0x9E3779B97F4A7C15ull) >> 32) & mask;
-}
-
-}  // namespace
-
-const TagMap::Slot* TagMap::find(uint64_t key) const
-{
-    if (slots_.empty()) return nullptr;
-    for (uint64_t at = slotOf(key, slotMask_);; at = (at + 1) & slotMask_) {
-        const Slot& slot = slots_[at];
-        if (slot.key == key) return &slot;
-        if (slot.key == kEmptyKey) return nullptr;
-    }
-}
-
-const TagNode* TagMap::child(const TagNode* parent, int tagClass, uint32_t tagNumber) const
-{
-    if (parent == nullptr) return nullptr;
-    if (parent->childSet != kNoChildren && tagNumber <= kLargestTagNumber) {
-        const Slot* slot = find(childKey(parent->childSet, tagClass, tagNumber));
-        if (slot != nullptr) return &nodes_[slot->node];
-    }
-    // A SEQUENCE OF: every element that has no entry of its own is the `*` one.
-    if (parent->wildcard != kNoNode) return &nodes_[parent->wildcard];
-    return nullptr;
-}
-
 std::string_view TagMap::valueName(const TagNode& node, int64_t value) const
 {
     const EnumName* first = names_.data() + node.firstName;

@@ -81,8 +81,20 @@ private:
         uint64_t key;    // childSet << 32 ^ class << 30 ^ number, hashed; kEmptyKey when free
         uint32_t node;
     };
+    static constexpr uint64_t kEmptyKey = UINT64_MAX;
 
-    const Slot* find(uint64_t key) const;
+    // Fibonacci hashing: the key's top bits after one multiplication.
+    static uint64_t slotOf(uint64_t key, uint32_t mask) { return ((key * 0x9E3779B97F4A7C15ull) >> 32) & mask; }
+    // Inline: the listing asks once per element.
+    const Slot* find(uint64_t key) const
+    {
+        if (slots_.empty()) return nullptr;
+        for (uint64_t at = slotOf(key, slotMask_);; at = (at + 1) & slotMask_) {
+            const Slot& slot = slots_[at];
+            if (slot.key == key) return &slot;
+            if (slot.key == kEmptyKey) return nullptr;
+        }
+    }
     void setEdges(const std::vector<std::pair<uint64_t, uint32_t>>& edges);
 
     std::vector<TagNode> nodes_;
@@ -101,3 +113,15 @@ constexpr uint64_t childKey(uint32_t childSet, int tagClass, uint32_t tagNumber)
            (tagNumber & 0x3FFFFFFFu);
 }
 constexpr uint32_t kLargestTagNumber = 0x3FFFFFFFu;
+
+inline const TagNode* TagMap::child(const TagNode* parent, int tagClass, uint32_t tagNumber) const
+{
+    if (parent == nullptr) return nullptr;
+    if (parent->childSet != kNoChildren && tagNumber <= kLargestTagNumber) {
+        const Slot* slot = find(childKey(parent->childSet, tagClass, tagNumber));
+        if (slot != nullptr) return &nodes_[slot->node];
+    }
+    // A SEQUENCE OF: every element that has no entry of its own is the `*` one.
+    if (parent->wildcard != kNoNode) return &nodes_[parent->wildcard];
+    return nullptr;
+}

@@ -1,5 +1,6 @@
 #include "tagmap/value_forms.h"
 
+#include <cstring>
 #include <string_view>
 
 namespace {
@@ -9,39 +10,63 @@ constexpr char kLowerHex[] = "0123456789abcdef";
 // Telephony BCD nibbles 0-E; F is the filler.
 constexpr char kTbcdDigits[] = "0123456789*#abc";
 constexpr uint8_t kFiller = 0xF;
+constexpr char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
 
 // Appends to the caller's buffer; once something does not fit, every
-// further write is dropped and ok() stays false.
+// further write is dropped and ok() stays false. The place is kept in the
+// sink itself (a register), and the length given back when it ends.
 class Sink {
 public:
-    explicit Sink(ValueText& out) : out_(out) { out_.length = 0; }
+    explicit Sink(ValueText& out) : out_(out), at_(out.text), end_(out.text + out.capacity) { out_.length = 0; }
+    ~Sink() { out_.length = static_cast<size_t>(at_ - out_.text); }
+    Sink(const Sink&) = delete;
+    Sink& operator=(const Sink&) = delete;
 
     void put(char c)
     {
-        if (out_.length < out_.capacity) {
-            out_.text[out_.length++] = c;
+        if (at_ != end_) {
+            *at_++ = c;
         } else {
             full_ = true;
         }
     }
     void put(std::string_view text)
     {
-        for (char c : text) put(c);
+        if (static_cast<size_t>(end_ - at_) < text.size()) {
+            full_ = true;
+            return;
+        }
+        std::memcpy(at_, text.data(), text.size());
+        at_ += text.size();
     }
-    void twoDigits(unsigned value)
-    {
-        put(static_cast<char>('0' + value / 10));
-        put(static_cast<char>('0' + value % 10));
-    }
+    // Two digits at a time, from the right; a number of up to 20 digits is
+    // moved as 20 octets of a buffer that holds them, when there is room.
     void decimal(uint64_t value)
     {
-        char digits[20];
-        int count = 0;
-        do {
-            digits[count++] = static_cast<char>('0' + value % 10);
-            value /= 10;
-        } while (value != 0);
-        while (count > 0) put(digits[--count]);
+        char digits[40];
+        char* const end = digits + 20;  // the digits end here; 20 octets more stay readable
+        char* start = end;
+        while (value >= 100) {
+            start -= 2;
+            std::memcpy(start, kDigitPairs + 2 * (value % 100), 2);
+            value /= 100;
+        }
+        if (value >= 10) {
+            start -= 2;
+            std::memcpy(start, kDigitPairs + 2 * value, 2);
+        } else {
+            *--start = static_cast<char>('0' + value);
+        }
+        const size_t count = static_cast<size_t>(end - start);
+        if (end_ - at_ >= 20) {
+            std::memcpy(at_, start, 20);  // start >= digits, so start + 20 <= digits + 40
+            at_ += count;
+            return;
+        }
+        put(std::string_view(start, count));
     }
     void signedDecimal(int64_t value)
     {
@@ -52,6 +77,8 @@ public:
 
 private:
     ValueText& out_;
+    char* at_;
+    char* const end_;
     bool full_ = false;
 };
 
@@ -202,34 +229,22 @@ bool isdnText(Octets octets, ValueText& out)
 bool bcdTimestampText(Octets octets, ValueText& out)
 {
     if (octets.size() != 9 || (octets[6] != '+' && octets[6] != '-')) return false;
-    unsigned field[8];
-    for (size_t i = 0, f = 0; i < 9; ++i) {
-        if (i == 6) continue;
-        if (!bcdOctet(octets[i], field[f++])) return false;
-    }
+    // YY MM DD hh mm ss, then the offset's hh mm behind the sign octet; each
+    // octet's two BCD digits go into "20YY-MM-DD hh:mm:ss Shh:mm" as they stand.
+    constexpr size_t kOctet[8] = {0, 1, 2, 3, 4, 5, 7, 8};
     constexpr unsigned kLow[8] = {0, 1, 1, 0, 0, 0, 0, 0};
     constexpr unsigned kHigh[8] = {99, 12, 31, 23, 59, 59, 14, 59};
+    constexpr size_t kAt[8] = {2, 5, 8, 11, 14, 17, 21, 24};
+    char text[] = "20..-..-.. ..:..:.. ...:..";
     for (int f = 0; f < 8; ++f) {
-        if (field[f] < kLow[f] || field[f] > kHigh[f]) return false;
+        unsigned value;
+        if (!bcdOctet(octets[kOctet[f]], value) || value < kLow[f] || value > kHigh[f]) return false;
+        text[kAt[f]] = static_cast<char>('0' + (octets[kOctet[f]] >> 4));
+        text[kAt[f] + 1] = static_cast<char>('0' + (octets[kOctet[f]] & 0xF));
     }
+    text[20] = static_cast<char>(octets[6]);
     Sink sink(out);
-    sink.put("20");
-    sink.twoDigits(field[0]);
-    sink.put('-');
-    sink.twoDigits(field[1]);
-    sink.put('-');
-    sink.twoDigits(field[2]);
-    sink.put(' ');
-    sink.twoDigits(field[3]);
-    sink.put(':');
-    sink.twoDigits(field[4]);
-    sink.put(':');
-    sink.twoDigits(field[5]);
-    sink.put(' ');
-    sink.put(static_cast<char>(octets[6]));
-    sink.twoDigits(field[6]);
-    sink.put(':');
-    sink.twoDigits(field[7]);
+    sink.put(std::string_view(text, sizeof text - 1));
     return sink.ok();
 }
 

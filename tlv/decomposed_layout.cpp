@@ -18,6 +18,7 @@
 #include "runtime/output_line.h"
 #include "runtime/services.h"
 #include "tlv/end_cache.h"
+#include "tlv/field_columns.h"
 #include "tlv/reader.h"
 #include "tlv/syntax_layout.h"
 #include "tlv/walker.h"
@@ -90,6 +91,7 @@ void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long
     while (true) {
         bool indefinite = false;
         const Element read = readElement(element, count);
+        if (context->tagWalk != nullptr) context->tagWalk->enter(depth - 1, read.tagClass, read.tagNumber);
         int stop = (context->toolFlags & TLV_DIAGNOSE) == 0
                        ? printDecomposedElement(context, read, depth, offset, indefinite)
                        : printDecomposedDiagnosed(context, read, depth, offset, indefinite, counter != nullptr);
@@ -125,6 +127,7 @@ void printDecomposedLayout(RunContext* context, InputBuffer& buffer)
     int32_t count = buffer.length;
     long offset = 0;
     EndCacheScope ends(context);
+    TagWalkScope fields(context);
     walkDecomposed(context, buffer.data, count, offset, 1);
 }
 
@@ -166,10 +169,11 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
     indefinite = length == LENGTH_INDEFINITE;
     if (length >= 0 && length > available - header) length = available - header;
 
+    const std::string_view field = context->tagWalk != nullptr ? tagField(context, depth - 1) : std::string_view();
     int column = 0;
     {
         const size_t nameLength = name.text != nullptr ? static_cast<size_t>(name.length) : 7;
-        OutputLine line(context, nameLength + 96);
+        OutputLine line(context, nameLength + field.size() + 96);
         if (lineEnd) line.character('\n');
         column = line.rightAligned(3, static_cast<unsigned long>(offset));
         column += line.text(":d=", 3);
@@ -182,6 +186,11 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
             column += printElementFields(line, element, header, length, name);
             const bool endOfContents = element.tagClass == CLASS_UNIVERSAL && element.tagNumber == 0;
             if (name.text != nullptr && !endOfContents) nameWidth = name.length + 1;
+            if (nameWidth != 0 && !field.empty()) {
+                const int fieldWidth = line.character(' ') + line.text(field.data(), field.size());
+                nameWidth += fieldWidth;
+                column += fieldWidth;
+            }
         }
         if ((bad && length == LENGTH_TRUNCATED) || nameWidth == 0) return bad ? 1 : 0;
         if (!(length == LENGTH_INDEFINITE && element.emptyIndefinite()) && nameWidth < kNameField) {
@@ -199,6 +208,9 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
     const bool extended = showsMore(context->extensions);
     if (extended && printEncapsulationMark(context, element, MAX_WALK_DEPTH - depth, true)) {
         return bad ? 1 : 0;
+    }
+    if (context->tagWalk != nullptr) {
+        return printDecomposedFieldContents(context, element, depth - 1, name.row, column, bad) ? 1 : 0;
     }
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {

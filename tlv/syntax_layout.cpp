@@ -21,6 +21,7 @@
 #include "runtime/output_line.h"
 #include "runtime/services.h"
 #include "tlv/end_cache.h"
+#include "tlv/field_columns.h"
 #include "tlv/reader.h"
 #include "tlv/walker.h"
 
@@ -66,6 +67,7 @@ void printSyntaxLayout(RunContext* context, InputBuffer& buffer)
     const uint32_t savedFlags = context->toolFlags;
     context->toolFlags |= TLV_SYNTAX_LAYOUT;
     EndCacheScope ends(context);
+    TagWalkScope fields(context);
     bool titles = true;
     int32_t count = buffer.length;
     const bool diagnose = (context->toolFlags & TLV_DIAGNOSE) != 0;
@@ -138,6 +140,9 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
         return bad ? 1 : 0;
     }
 
+    if (context->tagWalk != nullptr) {
+        return printSyntaxFieldContents(context, element, depth, name.row, column, bad) ? 1 : 0;
+    }
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;

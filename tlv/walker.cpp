@@ -9,6 +9,7 @@
 #include "runtime/extensions.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
+#include "tagmap/tag_walk.h"
 #include "tlv/reader.h"
 
 namespace {
@@ -215,6 +216,7 @@ void walkRecords(RunContext* context, const uint8_t* first, int32_t& total, int 
         if (depth != 0 || records.next(context, level->element, level->count, titles)) {
             level->read = readElement(level->element, level->count);
             level->indefinite = false;
+            if (context->tagWalk != nullptr) context->tagWalk->enter(depth, level->read.tagClass, level->read.tagNumber);
             if (printer(context, level->read, depth, level->indefinite, titles) == 0) {
                 // The repair may have rewritten a length octet while printing.
                 if ((context->toolFlags & TLV_FIX_ENCODING) != 0) {

@@ -23,7 +23,7 @@ struct Parsed {
     OptionsOutcome outcome = OptionsOutcome::Run;
     DriverState state{};
     // Copies of the names, which point into the argument vector.
-    std::string inputName, outputName, repairName;
+    std::string inputName, outputName, repairName, tagMapName;
     uint32_t toolFlags = 0;
     uint32_t padByteSpec = 0;
     std::string printed;
@@ -72,7 +72,8 @@ Parsed parse(const std::vector<std::string>& args)
     parsed.inputName = copy(parsed.state.inputName);
     parsed.outputName = copy(parsed.state.outputName);
     parsed.repairName = copy(parsed.state.repairName);
-    parsed.state.inputName = parsed.state.outputName = parsed.state.repairName = nullptr;
+    parsed.tagMapName = copy(parsed.state.tagMapName);
+    parsed.state.inputName = parsed.state.outputName = parsed.state.repairName = parsed.state.tagMapName = nullptr;
     return parsed;
 }
 
@@ -237,6 +238,37 @@ TEST(OptionLoop, OidFileImpliesOidsAndEndsTheRunWhenMalformed)
     EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("-oidfile needs"));
     std::remove(good.c_str());
     std::remove(bad.c_str());
+}
+
+TEST(OptionLoop, TagsStartsAtThreeLettersSoThatTAndTeStayText)
+{
+    const struct {
+        std::vector<std::string> args;
+        int index;  // 0: the loop went through
+        InputForm form;
+        const char* tagMapName;
+        const char* inputName;
+    } rows[] = {
+        {{"-t", "in"}, 0, InputForm::Text, "<none>", "in"},
+        {{"-te", "in"}, 0, InputForm::Text, "<none>", "in"},
+        {{"-tex", "in"}, 0, InputForm::Text, "<none>", "in"},
+        {{"-text", "in"}, 0, InputForm::Text, "<none>", "in"},
+        {{"-ta", "3gpp-ps", "in"}, 0, InputForm::Binary, "3gpp-ps", "in"},
+        {{"-tag", "my.tags", "in"}, 0, InputForm::Binary, "my.tags", "in"},
+        {{"in", "-TAGS", "-"}, 0, InputForm::Binary, "-", "in"},
+        {{"-t", "in", "-tags", "m"}, 0, InputForm::Text, "m", "in"},
+        {{"in", "-tags"}, kTagMapStatus, InputForm::Binary, "<none>", "in"},
+        {{"-tags", "-s", "in"}, kTagMapStatus, InputForm::Binary, "<none>", "<none>"},
+        {{"-tagsx", "m", "in"}, 7, InputForm::Binary, "<none>", "<none>"},
+    };
+    for (const auto& row : rows) {
+        Parsed parsed = parse(row.args);
+        std::string shown = row.args[0] + " " + row.args[1];
+        EXPECT_EQ(row.index, parsed.exitIndex) << shown << ": " << parsed.printed;
+        EXPECT_EQ(row.form, parsed.state.form) << shown;
+        EXPECT_EQ(row.tagMapName, parsed.tagMapName) << shown;
+        EXPECT_EQ(row.inputName, parsed.inputName) << shown;
+    }
 }
 
 TEST(OptionLoop, RefusedCommandLines)

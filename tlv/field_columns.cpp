@@ -1,0 +1,323 @@
+#include "tlv/field_columns.h"
+
+#include "diagnose/diagnose.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "runtime/context.h"
+#include "runtime/extensions.h"
+#include "runtime/output.h"
+#include "runtime/output_line.h"
+#include "render/contents.h"
+#include "tagmap/field_value.h"
+#include "tlv/element.h"
+#include "tlv/syntax_layout.h"
+
+namespace {
+
+constexpr int kLineEnd = 79;      // where the layouts cut a value
+constexpr int kCopyLimit = 1024;  // the longest value shown when the line width doesn't count
+constexpr size_t kNoteRoom = 32;  // " (not bcd-timestamp)" is the longest note
+constexpr size_t kInPlaceLimit = 4096;  // longer values are made apart and copied
+// Between a field name and its value in the syntax layout; before the value
+// in the decomposed one. All three are beginnings of one text, so the
+// in-place writer moves it whole and keeps as much as the separator has.
+constexpr char kSeparatorText[2] = {':', ' '};
+constexpr std::string_view kFieldSeparator(kSeparatorText, 2);
+constexpr std::string_view kValueSeparator(kSeparatorText, 1);
+constexpr std::string_view kNoSeparator(kSeparatorText, 0);
+
+// Room for a value's text: on the stack for the contents a CDR field has,
+// a block of its own for longer ones.
+class FieldBuffer {
+public:
+    explicit FieldBuffer(size_t count) : capacity_(valueTextBound(count))
+    {
+        if (capacity_ <= sizeof small_) {
+            text_ = small_;
+            return;
+        }
+        large_.reset(new (std::nothrow) char[capacity_]);
+        text_ = large_.get();
+        if (text_ == nullptr) capacity_ = 0;  // the layout's own contents then
+    }
+    char* text() { return text_; }
+    size_t capacity() const { return capacity_; }
+
+private:
+    char small_[512];
+    std::unique_ptr<char[]> large_;
+    char* text_ = nullptr;
+    size_t capacity_;
+};
+
+// What the map says of the element; nothing for contents that the layout
+// can't show whole (a length beyond the data).
+FieldValue describe(const RunContext* context, const Element& element, int level, bool bad, FieldBuffer& buffer)
+{
+    const TagWalk& walk = *context->tagWalk;
+    const bool whole = !bad && element.length >= 0 && !element.lengthOverruns();
+    const OctetView contents = whole ? element.contents() : OctetView();
+    const Octets octets(contents.data(), static_cast<size_t>(contents.size()));
+    return fieldValue(walk.map(), walk.node(level), element.constructed || !whole, octets, buffer.text(),
+                      buffer.capacity());
+}
+
+// Where a cut falls: the characters of a `size`-long value kept at `column`
+// (of the layouts' 79), and whether "..." marks the cut.
+size_t keptOfValue(const RunContext* context, size_t size, int column, bool& cut)
+{
+    cut = false;
+    if ((context->toolFlags & TLV_NO_SHORT) != 0) return size;
+    int room = kLineEnd - column;
+    if (context->lineWidth == 0 || context->lineWidth > static_cast<uint32_t>(kCopyLimit)) room = kCopyLimit;
+    if (size <= static_cast<size_t>(room > 0 ? room : 0)) return size;
+    cut = true;
+    return room <= 3 ? 0 : static_cast<size_t>(room - 3);
+}
+
+// " (not FORM)" into `note`; returns its length.
+size_t formNote(const char* formName, char* note, size_t capacity)
+{
+    const size_t nameSize = std::min(std::strlen(formName), capacity - 7);
+    std::memcpy(note, " (not ", 6);
+    std::memcpy(note + 6, formName, nameSize);
+    note[6 + nameSize] = ')';
+    return nameSize + 7;
+}
+
+// The formed value, or the hexadecimal with " (not FORM)" behind it, cut at
+// the end of the line as the layouts cut their own values; a cut keeps the
+// note whole when the line has room for it.
+void printFieldText(RunContext* context, const FieldValue& value, int column)
+{
+    char note[kNoteRoom];
+    const size_t noteSize = value.shown == FieldValue::Shown::Hex ? formNote(value.formName, note, sizeof note) : 0;
+    const size_t size = value.text.size() + noteSize;
+    bool cut = false;
+    const size_t shown = keptOfValue(context, size, column, cut);
+    OutputLine line(context, size + 3);
+    if (cut && noteSize > 0 && shown >= noteSize) {
+        line.text(value.text.data(), shown - noteSize);
+        line.text("...", 3);
+        line.text(note, noteSize);
+        return;
+    }
+    const size_t fromText = std::min(shown, value.text.size());
+    line.text(value.text.data(), fromText);
+    line.text(note, shown - fromText);
+    if (cut) line.text("...", 3);
+}
+
+// The contents as both layouts show them behind `separator`; the field's
+// form in place of the layout's value where it applies. The `hex` form is
+// what the layouts show for tagged octets already, and a universal type
+// (the OBJECT IDENTIFIER of a ManagementExtension) reads better as the
+// layout shows it: `hex` keeps the layout's value.
+[[gnu::noinline]] bool printContents(RunContext* context, const Element& element, const FieldValue& field,
+                                     const UniversalTag* row, int column, bool bad, std::string_view separator)
+{
+    Rendered value = renderContents(context, element, row);
+    if (!value.present()) {
+        // A failed value with nothing to show is told at its own element
+        // under -diagnose, as without a map.
+        const bool diagnosed = (context->toolFlags & (TLV_DIAGNOSE | TLV_VALUE_FAILED)) == (TLV_DIAGNOSE | TLV_VALUE_FAILED);
+        return diagnosed ? failedValueEndsLevel(context, element, row) || bad : bad;
+    }
+    const bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
+    if (!element.constructed || failed) {
+        column += qorWrite(context, separator.data(), separator.size());
+        if (failed || field.shown == FieldValue::Shown::Layout || field.node->form == ValueForm::Hex) {
+            printRendered(context, value, row, column);
+        } else {
+            printFieldText(context, field, column);
+        }
+    }
+    if (failed) bad = failedValueEndsLevel(context, element, row) || bad;
+    return bad;
+}
+
+// A field name of up to 32 characters in two overlapping moves of a fixed
+// size, which reads and writes only its own octets; longer ones by memcpy.
+inline void copyName(char* to, const char* from, size_t size)
+{
+    if (size >= 16 && size <= 32) {
+        std::memcpy(to, from, 16);
+        std::memcpy(to + size - 16, from + size - 16, 16);
+    } else if (size >= 8 && size < 16) {
+        std::memcpy(to, from, 8);
+        std::memcpy(to + size - 8, from + size - 8, 8);
+    } else if (size >= 4 && size < 8) {
+        std::memcpy(to, from, 4);
+        std::memcpy(to + size - 4, from + size - 4, 4);
+    } else if (size < 4) {
+        for (size_t i = 0; i < size; ++i) to[i] = from[i];
+    } else {
+        std::memcpy(to, from, size);
+    }
+}
+
+// A field name; a step that the map names nothing at has an empty view,
+// whose pointer may be null.
+int writeField(RunContext* context, std::string_view field)
+{
+    return field.empty() ? 0 : qorWrite(context, field.data(), field.size());
+}
+
+// A form that the layouts show in place of their own value (see
+// printContents for `hex`).
+bool formApplies(const TagNode& node)
+{
+    return node.form != ValueForm::None && node.form != ValueForm::Hex;
+}
+
+// A primitive, tagged element of a definite length with a form of its own;
+// for such an element `hex` is what the layout shows, so it goes here too.
+bool formInPlace(const TagNode& node, const Element& element, const UniversalTag* row, bool bad)
+{
+    return node.form != ValueForm::None && !bad && !element.constructed && row == nullptr && element.length > 0 &&
+           !element.lengthOverruns();
+}
+
+// A constructed, tagged element of a definite length that the data holds:
+// the layout's value for it is never shown and never fails, so it isn't
+// made.
+bool nothingToShow(const Element& element, const UniversalTag* row, bool bad)
+{
+    return element.constructed && row == nullptr && !bad && element.length >= 0 && !element.lengthOverruns();
+}
+
+// The common case, written straight into the run buffer: a primitive,
+// tagged (not universal) element of a definite length with a form of its
+// own. For such an element the layout's value is its octets in hexadecimal
+// and can't fail, so it isn't made at all. False when the value takes the
+// general road (the output goes elsewhere, or the value is long).
+[[gnu::always_inline]] inline bool printInPlace(RunContext* context, const TagMap& map, const TagNode& node,
+                                                const Element& element, int column,
+                  std::string_view field, std::string_view separator)
+{
+    const OctetView contents = element.contents();
+    const Octets octets(contents.data(), static_cast<size_t>(contents.size()));
+    const size_t bound = valueTextBound(octets.size());
+    const size_t most = field.size() + separator.size() + bound + kNoteRoom + 3;
+    if (most > kInPlaceLimit) return false;
+    char* const begin = qorReserve(context, most);
+    if (begin == nullptr) return false;
+    char* at = begin;
+    copyName(at, field.data(), field.size());
+    at += field.size();
+    std::memcpy(at, kSeparatorText, sizeof kSeparatorText);  // `separator` is its beginning
+    at += separator.size();
+    column += static_cast<int>(field.size() + separator.size());
+    ValueText out{at, bound, 0};
+    size_t noteSize = 0;
+    char note[kNoteRoom];
+    if (!valueText(map, node, octets, out)) {
+        hexText(octets, out);
+        noteSize = formNote(valueFormName(node.form), note, sizeof note);
+    }
+    bool cut = false;
+    const size_t shown = keptOfValue(context, out.length + noteSize, column, cut);
+    if (!cut) {
+        // The whole note room in one fixed copy: the reservation holds it.
+        at += out.length;
+        if (noteSize > 0) std::memcpy(at, note, kNoteRoom);
+        at += noteSize;
+    } else if (noteSize > 0 && shown >= noteSize) {
+        at += shown - noteSize;
+        std::memcpy(at, "...", 3);
+        std::memcpy(at + 3, note, noteSize);
+        at += 3 + noteSize;
+    } else {
+        // The text and the note as one, cut where the line ends.
+        if (shown > out.length) std::memcpy(at + out.length, note, shown - out.length);
+        at += shown;
+        std::memcpy(at, "...", 3);
+        at += 3;
+    }
+    qorGiveBack(context, at);
+    return true;
+}
+
+// A form on a universal type, an empty value, a length beyond the data, a
+// long value: the value made apart, the layout's value where it fails.
+[[gnu::noinline]] bool printSyntaxFieldRarely(RunContext* context, const Element& element, int level,
+                                              const UniversalTag* row, int column, bool bad)
+{
+    FieldBuffer buffer(static_cast<size_t>(bad ? 0 : element.contents().size()));
+    const FieldValue field = describe(context, element, level, bad, buffer);
+    column += writeField(context, field.field);
+    return printContents(context, element, field, row, column, bad, field.named() ? kFieldSeparator : kNoSeparator);
+}
+
+[[gnu::noinline]] bool printDecomposedFieldRarely(RunContext* context, const Element& element, int level,
+                                                  const UniversalTag* row, int column, bool bad)
+{
+    FieldBuffer buffer(static_cast<size_t>(bad ? 0 : element.contents().size()));
+    const FieldValue field = describe(context, element, level, bad, buffer);
+    return printContents(context, element, field, row, column, bad, kValueSeparator);
+}
+
+}  // namespace
+
+TagWalkScope::TagWalkScope(RunContext* context) : context_(context), saved_(context->tagWalk)
+{
+    const RunExtensions* extensions = context->extensions;
+    if (extensions != nullptr && extensions->tagMap != nullptr && !extensions->tagMap->empty()) {
+        walk_.emplace(*extensions->tagMap);
+        context->tagWalk = &*walk_;
+    }
+}
+
+TagWalkScope::~TagWalkScope()
+{
+    context_->tagWalk = saved_;
+}
+
+std::string_view tagField(const RunContext* context, int level)
+{
+    const TagNode* node = context->tagWalk->node(level);
+    return node != nullptr ? node->field : std::string_view();
+}
+
+bool printSyntaxFieldContents(RunContext* context, const Element& element, int level, const UniversalTag* row,
+                              int column, bool bad)
+{
+    const TagNode* node = context->tagWalk->node(level);
+    if (node == nullptr) return printContents(context, element, FieldValue(), row, column, bad, kNoSeparator);
+    if (formInPlace(*node, element, row, bad) &&
+        printInPlace(context, context->tagWalk->map(), *node, element, column, node->field,
+                     node->field.empty() ? kNoSeparator : kFieldSeparator)) {
+        return bad;
+    }
+    if (nothingToShow(element, row, bad)) {
+        writeField(context, node->field);
+        return bad;
+    }
+    if (element.constructed || !formApplies(*node)) {
+        // The name, and the layout's own contents.
+        column += writeField(context, node->field);
+        return printContents(context, element, FieldValue(), row, column, bad,
+                             node->field.empty() ? kNoSeparator : kFieldSeparator);
+    }
+    return printSyntaxFieldRarely(context, element, level, row, column, bad);
+}
+
+bool printDecomposedFieldContents(RunContext* context, const Element& element, int level, const UniversalTag* row,
+                                  int column, bool bad)
+{
+    const TagNode* node = context->tagWalk->node(level);
+    if (node == nullptr) return printContents(context, element, FieldValue(), row, column, bad, kValueSeparator);
+    if (formInPlace(*node, element, row, bad) &&
+        printInPlace(context, context->tagWalk->map(), *node, element, column, kNoSeparator, kValueSeparator)) {
+        return bad;
+    }
+    if (nothingToShow(element, row, bad)) return bad;
+    if (element.constructed || !formApplies(*node)) {
+        return printContents(context, element, FieldValue(), row, column, bad, kValueSeparator);
+    }
+    return printDecomposedFieldRarely(context, element, level, row, column, bad);
+}
