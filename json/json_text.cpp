@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "runtime/output.h"
+#include "runtime/output_line.h"
 
 namespace {
 
@@ -87,6 +88,23 @@ int digitCount(uint64_t value)
 // place.
 char* putDigits(char* out, uint64_t value)
 {
+    // Offsets and lengths below 4 GiB: 32-bit arithmetic is cheaper.
+    if (value <= UINT32_MAX) {
+        auto small = static_cast<uint32_t>(value);
+        char* end = out + digitCount(small);
+        char* at = end;
+        while (small >= 100) {
+            at -= 2;
+            std::memcpy(at, &kDigitPairs[2 * (small % 100)], 2);
+            small /= 100;
+        }
+        if (small >= 10) {
+            std::memcpy(at - 2, &kDigitPairs[2 * small], 2);
+        } else {
+            at[-1] = static_cast<char>('0' + small);
+        }
+        return end;
+    }
     char* end = out + digitCount(value);
     char* at = end;
     while (value >= 100) {
@@ -171,9 +189,10 @@ void writeJsonString(RunContext* context, const char* text, size_t length)
 
 void writeJsonHex(RunContext* context, OctetView octets)
 {
-    qorWrite(context, "\"", 1);
-    qorWriteHexDigits(context, octets.data(), 2 * octets.size());
-    qorWrite(context, "\"", 1);
+    OutputLine line(context, 2 * static_cast<size_t>(octets.size()) + 2);
+    line.character('"');
+    line.hexDigits(octets.data(), 2 * octets.size());
+    line.character('"');
 }
 
 void writeJsonNumber(RunContext* context, int64_t value)
