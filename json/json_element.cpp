@@ -18,19 +18,6 @@
 
 namespace {
 
-template <size_t N>
-char* put(char* out, const char (&text)[N])
-{
-    std::memcpy(out, text, N - 1);  // a literal: its size is known here
-    return out + N - 1;
-}
-
-char* put(char* out, std::string_view text)
-{
-    std::memcpy(out, text.data(), text.size());
-    return out + text.size();
-}
-
 bool noShort(const RunContext* context)
 {
     return (context->toolFlags & TLV_NO_SHORT) != 0;

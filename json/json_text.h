@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <string_view>
 
 #include "runtime/output.h"
 #include "tlv/octet_view.h"
@@ -28,6 +30,20 @@ void writeJsonHex(RunContext* context, OctetView octets);
 // Writes the digits of `value` at `out` as writeJsonNumber writes them;
 // returns the end. Needs 24 chars.
 char* putJsonNumber(char* out, int64_t value);
+
+// Text at `out`, for fields composed in a buffer of the caller's: a
+// literal by its known size, any other text by its length.
+template <size_t N>
+inline char* put(char* out, const char (&text)[N])
+{
+    std::memcpy(out, text, N - 1);
+    return out + N - 1;
+}
+inline char* put(char* out, std::string_view text)
+{
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
 
 // A number; one beyond 2^53 in magnitude, which not every reader holds
 // exactly in a double, is written as a string of its digits.

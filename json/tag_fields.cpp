@@ -18,19 +18,6 @@ constexpr std::string_view kClassFields[] = {
     ",\"class\":\"private\"",
 };
 
-template <size_t N>
-char* put(char* out, const char (&text)[N])
-{
-    std::memcpy(out, text, N - 1);  // a literal: its size is known here
-    return out + N - 1;
-}
-
-char* put(char* out, std::string_view text)
-{
-    std::memcpy(out, text.data(), text.size());
-    return out + text.size();
-}
-
 // Index of a two-octet identifier: class and form, then the tag number.
 size_t twoOctetIndex(uint8_t first, uint8_t second)
 {
