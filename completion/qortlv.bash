@@ -12,7 +12,7 @@ _qortlv_options=(
     --help:6 --version:9
     -pem:3:file -base64:3:file -json:2
     -oids:5 -oidfile:5:file -dig:4 -utf8:5
-    -diagnose:4 -check:3
+    -diagnose:4 -check:3 -tags:3:file
 )
 
 # What follows the option that `word` abbreviates: the first row whose name
