@@ -56,8 +56,8 @@ constexpr ExtensionHelp kExtensionHelp[] = {
     {"-diagnose", "after a value that fails to decode print why, and go on behind it; show the octets of time "
                   "values that were normalised; end with a summary; exit status 83 when anything was found"},
     {"-check", "print no listing, only the summary of -diagnose, with its exit status"},
-    {"-tags <file|name>", "show field names and readable values from a tag map in the syntax-TLV and "
-                          "decomposed-TLV formats: a map file, or 3gpp-ps for the bundled 3GPP packet-switched "
+    {"-tags <file|name>", "show field names and readable values from a tag map in the syntax-TLV, "
+                          "decomposed-TLV or JSON formats: a map file, or 3gpp-ps for the bundled 3GPP packet-switched "
                           "CDRs"},
 };
 

@@ -1,6 +1,9 @@
 #include "json/json_element.h"
 
+#include <algorithm>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <string_view>
 
 #include "app/signal.h"
@@ -14,6 +17,7 @@
 #include "render/universal_tags.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
+#include "tagmap/field_value.h"
 #include "tlv/element.h"
 
 namespace {
@@ -57,9 +61,57 @@ void writeOidName(RunContext* context, const Element& element)
     writeJsonString(context, name.data(), name.size());
 }
 
+// ,"field":.. of an element the map names; a name that isn't UTF-8 can't
+// stand in JSON and is left out.
+void writeFieldName(RunContext* context, const JsonField* field)
+{
+    if (field == nullptr || field->node == nullptr) return;
+    const std::string_view name = field->node->field;
+    if (name.empty() || !isValidUtf8(name.data(), name.size())) return;
+    writeJsonLiteral(context, ",\"field\":");
+    writeJsonString(context, name.data(), name.size());
+}
+
+// ,"value":.. (the contents in the map's form) or ,"value_error":"not FORM"
+// when the octets don't fit it. Contents beyond kJsonValueLimit get neither
+// unless -noshort, as their "hex" is cut.
+void writeFormValue(RunContext* context, const JsonField* field, OctetView contents)
+{
+    if (field == nullptr || field->node == nullptr || field->node->form == ValueForm::None) return;
+    if (!noShort(context) && contents.size() > kJsonValueLimit) return;
+    const auto count = static_cast<size_t>(contents.size());
+    // A CDR field's text fits on the stack; longer contents get a block.
+    char small[1024];
+    std::unique_ptr<char[]> large;
+    char* buffer = small;
+    size_t capacity = valueTextBound(count);
+    if (capacity > sizeof small) {
+        large.reset(new (std::nothrow) char[capacity]);
+        buffer = large.get();
+        if (buffer == nullptr) return;
+    }
+    const FieldValue value =
+        fieldValue(*field->map, field->node, false, Octets(contents.data(), count), buffer, capacity);
+    if (value.shown == FieldValue::Shown::Form) {
+        // An enumerated name from a map file need not be UTF-8.
+        if (!isValidUtf8(value.text.data(), value.text.size())) return;
+        writeJsonLiteral(context, ",\"value\":");
+        writeJsonString(context, value.text.data(), value.text.size());
+    } else if (value.shown == FieldValue::Shown::Hex) {
+        // "not tbcd", as the readable layouts' note says it.
+        char note[48] = "not ";
+        const size_t nameSize = std::min(std::strlen(value.formName), sizeof note - 4);
+        std::memcpy(note + 4, value.formName, nameSize);
+        writeJsonLiteral(context, ",\"value_error\":");
+        writeJsonString(context, note, 4 + nameSize);
+    }
+}
+
 // The value of a primitive element with a definite length that the input
-// holds: its readable text where its type has one, and its contents.
-void writeValue(RunContext* context, ErrorCapture& errors, const Element& element, const UniversalTag* row)
+// holds: its readable text where its type has one, its contents, and with
+// -tags its value in the map's form.
+void writeValue(RunContext* context, ErrorCapture& errors, const Element& element, const UniversalTag* row,
+                const JsonField* field)
 {
     bool cut = false;
     bool failed = false;
@@ -84,6 +136,7 @@ void writeValue(RunContext* context, ErrorCapture& errors, const Element& elemen
         if (!failed) writeOidName(context, element);
     }
     if (writeLimitedHex(context, element.contents())) cut = true;
+    if (field != nullptr) writeFormValue(context, field, element.contents());
     if (cut) writeJsonLiteral(context, ",\"truncated\":true");
     if (failed) {
         // Under -diagnose the decoder's own reason says why.
@@ -103,7 +156,7 @@ bool writeLimitedHex(RunContext* context, OctetView octets)
 }
 
 int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element& element, int64_t offset,
-                        bool& indefinite)
+                        bool& indefinite, const JsonField* field)
 {
     const auto place = reinterpret_cast<intptr_t>(element.start());
     const int32_t available = element.available();
@@ -137,6 +190,12 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
     TagFields made;
     const TagFields& tag = tagFieldsOf(context, element, made);
     out = put(out, std::string_view(tag.text, tag.length));
+    if (field != nullptr) {
+        // The field name stands behind "type": the fields so far go first.
+        qorWrite(context, fields, static_cast<size_t>(out - fields));
+        out = fields;
+        writeFieldName(context, field);
+    }
     if (indefinite && !headerRunsOff) out = put(out, ",\"indefinite\":true");
     qorWrite(context, fields, static_cast<size_t>(out - fields));
 
@@ -158,6 +217,6 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
     // A constructed element gets its elements from the walk; a primitive one
     // in the indefinite form has no count of contents octets to show.
     if (element.constructed || indefinite) return 0;
-    writeValue(context, errors, element, tag.row);
+    writeValue(context, errors, element, tag.row, field);
     return 0;
 }

@@ -8,7 +8,15 @@
 
 struct RunContext;
 struct Element;
+struct TagNode;
 class ErrorCapture;
+class TagMap;
+
+// What -tags knows of an element: its node in the map (null: unknown).
+struct JsonField {
+    const TagMap* map;
+    const TagNode* node;
+};
 
 // Contents beyond this many octets are cut in "hex" and "text" (with
 // "truncated": true) unless -noshort is given.
@@ -23,9 +31,11 @@ inline constexpr char kValueFailedText[] = "Value misencoded, contents do not de
 // value; reports the misencodings that the hexadecimal layout reports for
 // it, in the same order. Returns 0 when the walk goes on with the element
 // (goes inside, then steps over it), 1 when its level ends here; sets
-// `indefinite` for an indefinite length. The object stays open.
+// `indefinite` for an indefinite length. The object stays open. `field` is
+// null without -tags; with it, a known element gets "field" and its value
+// in the map's form.
 int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element& element, int64_t offset,
-                        bool& indefinite);
+                        bool& indefinite, const JsonField* field);
 
 // ,"hex":"..": octets, cut at kJsonValueLimit unless -noshort; returns
 // whether they were cut.

@@ -1,5 +1,6 @@
 #include "json/json_layout.h"
 
+#include <optional>
 #include <string>
 
 #include "app/signal.h"
@@ -11,6 +12,7 @@
 #include "runtime/context.h"
 #include "runtime/extensions.h"
 #include "runtime/output.h"
+#include "tagmap/tag_walk.h"
 #include "tlv/element.h"
 #include "tlv/end_cache.h"
 #include "tlv/reader.h"
@@ -54,6 +56,10 @@ public:
     JsonWalk(RunContext* context, const InputBuffer& buffer)
         : context_(context), base_(buffer.data), origin_(buffer.origin), errors_(context)
     {
+        const RunExtensions* extensions = context->extensions;
+        if (extensions != nullptr && extensions->tagMap != nullptr && !extensions->tagMap->empty()) {
+            tags_.emplace(*extensions->tagMap);
+        }
     }
 
     void run(int32_t count)
@@ -80,6 +86,7 @@ private:
     void closeElement(Level& level);
     void closeRecord();
     void closeAfterJump(int code);
+    const JsonField* fieldOf(const Level& level, int depth);
 
     RunContext* context_;
     const uint8_t* base_;
@@ -90,7 +97,20 @@ private:
     bool recordOpen_ = false;
     int depth_ = 0;
     Level levels_[MAX_WALK_DEPTH];
+    // -tags: the map's node of each open level, a record's at level 0; the
+    // elements a string encapsulates (-dig) go on below the string's node.
+    std::optional<TagWalk> tags_;
+    JsonField field_ = {nullptr, nullptr};
 };
+
+// The map's node of the element `level` stands at; null without -tags.
+const JsonField* JsonWalk::fieldOf(const Level& level, int depth)
+{
+    if (!tags_) return nullptr;
+    field_.map = &tags_->map();
+    field_.node = tags_->enter(depth, level.read.tagClass, level.read.tagNumber);
+    return &field_;
+}
 
 // The CDR file header, and padding, are objects of their own kinds.
 void JsonWalk::writeHeaderObject(const char* kind, OctetView octets)
@@ -258,7 +278,8 @@ void JsonWalk::walk(int32_t count)
             if (depth == 0 && !startRecord(level)) return;
             openElement(level, depth);
             countElement(context_, depth == 0);
-            if (writeElementOpening(context_, errors_, level.read, offsetOf(level.element), level.indefinite) != 0) {
+            if (writeElementOpening(context_, errors_, level.read, offsetOf(level.element), level.indefinite,
+                                    fieldOf(level, depth)) != 0) {
                 // The level ends at this element, as the listing's does.
                 closeElement(level);
                 if (depth == 0) {

@@ -6,7 +6,9 @@ layout puts them (offset within the record, depth, header length, length).
 The same with -oids -dig -utf8, whose elements, encapsulated ones too, must
 stand where the decomposed layout with those options puts them, and which
 may add names, encapsulated elements and international text but change
-nothing else.
+nothing else. And with -tags 3gpp-ps, whose lines must parse too and may
+add field names and values in the map's form (field, value, value_error)
+but change nothing else.
 
     check_json_lines.py QORTLV GOLDEN_DIR
 """
@@ -151,6 +153,37 @@ def check_meaning(binary, path, status, objects, headers, problems):
         compare_positions(binary, path, [o for o in found if o["kind"] == "record"], MEANING, problems)
 
 
+TAG_MEMBERS = ("field", "value", "value_error")
+
+
+def without_tags(element):
+    """The element as -json writes it without -tags."""
+    plain = {k: v for k, v in element.items() if k not in TAG_MEMBERS}
+    for inside in ("elements", "encapsulated"):
+        if inside in element:
+            plain[inside] = [without_tags(child) for child in element[inside]]
+    return plain
+
+
+def count_fields(element):
+    return ("field" in element) + sum(count_fields(c) for c in element.get("elements", []) + element.get("encapsulated", []))
+
+
+def check_tags(binary, path, status, objects, problems):
+    """-tags 3gpp-ps adds to the objects of -json and takes nothing away;
+    returns how many fields it named."""
+    tags_status, output = run(binary, "-json", "-tags", "3gpp-ps", path)
+    found = parse_lines(path, output, problems)
+    if found is None:
+        return 0
+    if tags_status != status:
+        problems.append(f"{path}: exit status {tags_status} with -tags 3gpp-ps, {status} without")
+    stripped = [dict(o, element=without_tags(o["element"])) if o["kind"] == "record" else o for o in found]
+    if stripped != objects:
+        problems.append(f"{path}: -tags 3gpp-ps changes more than fields and values")
+    return sum(count_fields(o["element"]) for o in found if o["kind"] == "record")
+
+
 def run(binary, *arguments):
     result = subprocess.run([binary, *arguments], capture_output=True)
     return result.returncode, result.stdout.decode("latin-1")
@@ -160,7 +193,7 @@ def check(binary, path, problems):
     status, output = run(binary, "-json", path)
     objects = parse_lines(path, output, problems)
     if objects is None:
-        return
+        return 0
     hex_status, hex_listing = run(binary, "-hexadecimal", path)
     if status != hex_status:
         problems.append(f"{path}: exit status {status}, the hexadecimal layout's is {hex_status}")
@@ -177,12 +210,14 @@ def check(binary, path, problems):
     if not headers:
         compare_positions(binary, path, records, (), problems)
     check_meaning(binary, path, status, objects, headers, problems)
+    return check_tags(binary, path, status, objects, problems)
 
 
 def main():
     binary, cases = sys.argv[1], sys.argv[2]
     problems = []
     inputs = 0
+    fields = 0
     with tempfile.TemporaryDirectory() as work:
         for folder, _, files in sorted(os.walk(cases)):
             if "input.hex" not in files:
@@ -191,12 +226,17 @@ def main():
             with open(os.path.join(folder, "input.hex")) as text, open(path, "wb") as out:
                 out.write(octets_of(text.read()))
             inputs += 1
-            check(binary, path, problems)
+            fields += check(binary, path, problems)
             if problems and problems[-1].startswith(path):
                 problems[-1] = problems[-1].replace(path, os.path.relpath(folder, cases), 1)
     for problem in problems:
         print(problem)
-    print(f"{inputs} inputs, {len(problems)} problems")
+    # The CDR inputs have fields the bundled map names: none at all means
+    # -tags did nothing under -json.
+    if fields == 0:
+        problems.append("-json -tags 3gpp-ps named no field in any input")
+        print(problems[-1])
+    print(f"{inputs} inputs, {fields} fields named under -tags 3gpp-ps, {len(problems)} problems")
     return 1 if problems or inputs == 0 else 0
 
 
