@@ -24,3 +24,9 @@ inline bool showsMore(const RunExtensions* extensions)
     return extensions != nullptr && (extensions->oidNames != nullptr || extensions->digEncapsulated ||
                                      extensions->utf8Text || extensions->tagMap != nullptr);
 }
+
+// -dig: whether the walks look into strings for BER.
+inline bool digsIn(const RunExtensions* extensions)
+{
+    return extensions != nullptr && extensions->digEncapsulated;
+}

@@ -62,7 +62,7 @@ void walkInside(RunContext* context, const Element& element, int32_t count, long
 {
     int32_t inner = count;
     const uint8_t* inside = firstInsideOf(context, element, inner);
-    if (inside == nullptr && showsMore(context->extensions)) {
+    if (inside == nullptr && digsIn(context->extensions)) {
         // -dig: a string that encapsulates BER is gone into like a constructed element.
         const OctetView dug = encapsulatedContents(context, element, MAX_WALK_DEPTH - depth);
         if (!dug.empty()) {
@@ -206,7 +206,7 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
     }
     // -dig: the walk lists the string's contents as elements.
     const bool extended = showsMore(context->extensions);
-    if (extended && printEncapsulationMark(context, element, MAX_WALK_DEPTH - depth, true)) {
+    if (digsIn(context->extensions) && printEncapsulationMark(context, element, MAX_WALK_DEPTH - depth, true)) {
         return bad ? 1 : 0;
     }
     if (context->tagWalk != nullptr) {

@@ -136,7 +136,7 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     if (bad && length == LENGTH_TRUNCATED) return 1;
     // -dig: the walk lists the string's contents as elements.
     const bool extended = showsMore(context->extensions);
-    if (extended && printEncapsulationMark(context, element, MAX_WALK_DEPTH - 1 - depth, false)) {
+    if (digsIn(context->extensions) && printEncapsulationMark(context, element, MAX_WALK_DEPTH - 1 - depth, false)) {
         return bad ? 1 : 0;
     }
 

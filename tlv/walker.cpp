@@ -224,7 +224,7 @@ void walkRecords(RunContext* context, const uint8_t* first, int32_t& total, int 
                 }
                 int32_t inner = level->count;
                 level->inside = firstInsideOf(context, level->read, inner);
-                if (level->inside == nullptr && showsMore(context->extensions) &&
+                if (level->inside == nullptr && digsIn(context->extensions) &&
                     (context->toolFlags & TLV_SYNTAX_LAYOUT) != 0) {
                     // -dig: a string that encapsulates BER is gone into like a constructed
                     // element; the hexadecimal layout shows octets only.
