@@ -86,25 +86,9 @@ int digitCount(uint64_t value)
 
 // The digits of a non-negative value, two at a time from the right, in
 // place.
-char* putDigits(char* out, uint64_t value)
+template <typename Unsigned>
+char* putDigitsOf(char* out, Unsigned value)
 {
-    // Offsets and lengths below 4 GiB: 32-bit arithmetic is cheaper.
-    if (value <= UINT32_MAX) {
-        auto small = static_cast<uint32_t>(value);
-        char* end = out + digitCount(small);
-        char* at = end;
-        while (small >= 100) {
-            at -= 2;
-            std::memcpy(at, &kDigitPairs[2 * (small % 100)], 2);
-            small /= 100;
-        }
-        if (small >= 10) {
-            std::memcpy(at - 2, &kDigitPairs[2 * small], 2);
-        } else {
-            at[-1] = static_cast<char>('0' + small);
-        }
-        return end;
-    }
     char* end = out + digitCount(value);
     char* at = end;
     while (value >= 100) {
@@ -118,6 +102,13 @@ char* putDigits(char* out, uint64_t value)
         at[-1] = static_cast<char>('0' + value);
     }
     return end;
+}
+
+char* putDigits(char* out, uint64_t value)
+{
+    // Offsets and lengths below 4 GiB: 32-bit arithmetic is cheaper.
+    if (value <= UINT32_MAX) return putDigitsOf(out, static_cast<uint32_t>(value));
+    return putDigitsOf(out, value);
 }
 
 }  // namespace
