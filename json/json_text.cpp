@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 
+#include "meaning/utf8_text.h"
 #include "runtime/output.h"
 #include "runtime/output_line.h"
 
@@ -30,36 +31,6 @@ const char* escapeOf(uint8_t octet, char (&spelled)[7])
     spelled[5] = hexPair(octet)[1];
     spelled[6] = '\0';
     return spelled;
-}
-
-// The count of octets of the UTF-8 sequence that `lead` begins, or 0 for an
-// octet that begins none.
-int sequenceLength(uint8_t lead)
-{
-    if (lead < 0x80) return 1;
-    if (lead >= 0xC2 && lead <= 0xDF) return 2;
-    if (lead >= 0xE0 && lead <= 0xEF) return 3;
-    if (lead >= 0xF0 && lead <= 0xF4) return 4;
-    return 0;
-}
-
-// Whether the sequence of `count` octets at `octets` is well formed; the
-// second octet's range depends on the lead (RFC 3629 4).
-bool wellFormed(const uint8_t* octets, int count)
-{
-    const uint8_t lead = octets[0];
-    const uint8_t second = octets[1];
-    uint8_t low = 0x80;
-    uint8_t high = 0xBF;
-    if (lead == 0xE0) low = 0xA0;   // no overlong three-octet form
-    if (lead == 0xED) high = 0x9F;  // no surrogate
-    if (lead == 0xF0) low = 0x90;   // no overlong four-octet form
-    if (lead == 0xF4) high = 0x8F;  // nothing beyond U+10FFFF
-    if (second < low || second > high) return false;
-    for (int i = 2; i < count; ++i) {
-        if ((octets[i] & 0xC0) != 0x80) return false;
-    }
-    return true;
 }
 
 // "00" to "99": two digits a step.
@@ -138,18 +109,7 @@ char* putJsonNumber(char* out, int64_t value)
 
 bool isValidUtf8(const char* text, size_t length)
 {
-    const auto* octets = reinterpret_cast<const uint8_t*>(text);
-    size_t at = 0;
-    while (at < length) {
-        if (octets[at] < 0x80) {
-            ++at;
-            continue;
-        }
-        const int count = sequenceLength(octets[at]);
-        if (count == 0 || length - at < static_cast<size_t>(count) || !wellFormed(octets + at, count)) return false;
-        at += static_cast<size_t>(count);
-    }
-    return true;
+    return isValidUtf8(std::span<const uint8_t>(reinterpret_cast<const uint8_t*>(text), length));
 }
 
 size_t utf8Prefix(const char* text, size_t length, size_t limit)
