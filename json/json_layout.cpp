@@ -53,8 +53,13 @@ struct Level {
 
 class JsonWalk {
 public:
-    JsonWalk(RunContext* context, const InputBuffer& buffer)
-        : context_(context), base_(buffer.data), origin_(buffer.origin), errors_(context)
+    JsonWalk(RunContext* context, const RecordStretch& stretch)
+        : context_(context),
+          base_(stretch.data),
+          origin_(stretch.origin + stretch.offset),
+          probe_(stretch.probe),
+          recordNumber_(stretch.recordsBefore),
+          errors_(context)
     {
         const RunExtensions* extensions = context->extensions;
         if (extensions != nullptr && extensions->tagMap != nullptr && !extensions->tagMap->empty()) {
@@ -62,10 +67,12 @@ public:
         }
     }
 
-    void run(int32_t count)
+    // Walks `count` octets; false when the listing ended before their end.
+    bool run(int32_t count)
     {
         try {
             walk(count);
+            return levels_[0].count == 0;
         } catch (const ToolJump& jump) {
             closeAfterJump(jump.value);
             throw;
@@ -91,9 +98,9 @@ private:
     RunContext* context_;
     const uint8_t* base_;
     int64_t origin_;
+    CdrProbe probe_;
+    long recordNumber_;
     ErrorCapture errors_;
-    CdrProbe probe_ = {0, 0, 0};
-    int recordNumber_ = 0;
     bool recordOpen_ = false;
     int depth_ = 0;
     Level levels_[MAX_WALK_DEPTH];
@@ -261,12 +268,8 @@ void JsonWalk::enterEncapsulated(Level& level, int depth, int& next)
 
 void JsonWalk::walk(int32_t count)
 {
+    levels_[0].count = count;
     if (count <= 0) return;
-    probe_ = {count, 0, 0};
-    if ((context_->toolFlags & TLV_NO_CDR_HEADERS) == 0 && !detectCdrHeaders(context_, base_, count, probe_)) {
-        probe_.fileHeaderLength = 0;
-        probe_.recordHeaderLength = 0;
-    }
     levels_[0].element = base_;
     levels_[0].count = count;
     int depth = 0;
@@ -338,6 +341,20 @@ void printJsonLayout(RunContext* context, InputBuffer& buffer)
 {
     ListingOutput output(context);
     EndCacheScope ends(context);
-    JsonWalk walk(context, buffer);
+    RecordStretch whole;
+    whole.data = buffer.data;
+    whole.length = buffer.length;
+    whole.reach = buffer.length;
+    whole.origin = buffer.origin;
+    if (buffer.length > 0) whole.probe = probeCdrHeaders(context, buffer.data, buffer.length, buffer.length);
+    JsonWalk walk(context, whole);
     walk.run(buffer.length);
+}
+
+bool listJsonStretch(RunContext* context, const RecordStretch& stretch)
+{
+    ListingOutput output(context);
+    EndCacheScope ends(context);
+    JsonWalk walk(context, stretch);
+    return walk.run(stretch.length);
 }

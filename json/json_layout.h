@@ -7,5 +7,8 @@
 #include "runtime/buffers.h"
 
 struct RunContext;
+struct RecordStretch;
 
 void printJsonLayout(RunContext* context, InputBuffer& buffer);
+// Lists a stretch of records; false when the listing ended inside it.
+bool listJsonStretch(RunContext* context, const RecordStretch& stretch);

@@ -47,14 +47,7 @@ int printElementFields(OutputLine& line, const Element& element, int32_t header,
     return column + line.text(name.text, static_cast<size_t>(name.length));
 }
 
-// One PDU of the walk: its element and what the walk knows of it.
-struct PduCounter {
-    int pduNumber = 1;
-    long base = 0;
-};
-
-void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth,
-               PduCounter* counter);
+void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth);
 
 // Goes into a constructed element and closes it when it is indefinite.
 void walkInside(RunContext* context, const Element& element, int32_t count, long& offset, int depth,
@@ -74,7 +67,7 @@ void walkInside(RunContext* context, const Element& element, int32_t count, long
     const int32_t contentsLength = inner;
     offset += inside - element.start();
     if (depth + 1 <= MAX_WALK_DEPTH) {
-        walkLevel(context, inside, inner, offset, depth + 1, nullptr);
+        walkLevel(context, inside, inner, offset, depth + 1);
     } else {
         printTooDeep(context, depth + 1);
         offset += contentsLength;
@@ -85,37 +78,56 @@ void walkInside(RunContext* context, const Element& element, int32_t count, long
     }
 }
 
-void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth,
-               PduCounter* counter)
+// One element with what lies inside it; gives the next element of the
+// level, or null when the level ends here.
+const uint8_t* walkElement(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth,
+                           bool top)
+{
+    bool indefinite = false;
+    const Element read = readElement(element, count);
+    if (context->tagWalk != nullptr) context->tagWalk->enter(depth - 1, read.tagClass, read.tagNumber);
+    int stop = (context->toolFlags & TLV_DIAGNOSE) == 0
+                   ? printDecomposedElement(context, read, depth, offset, indefinite)
+                   : printDecomposedDiagnosed(context, read, depth, offset, indefinite, top);
+    const int32_t before = count;
+    const long start = offset;
+    const uint8_t* next = nullptr;
+    if (stop == 0) {
+        walkInside(context, read, count, offset, depth, indefinite);
+        next = nextElementOf(context, read, count);
+    }
+    offset = start + (next != nullptr ? next - element : before);
+    return next;
+}
+
+void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth)
 {
     while (true) {
-        bool indefinite = false;
-        const Element read = readElement(element, count);
-        if (context->tagWalk != nullptr) context->tagWalk->enter(depth - 1, read.tagClass, read.tagNumber);
-        int stop = (context->toolFlags & TLV_DIAGNOSE) == 0
-                       ? printDecomposedElement(context, read, depth, offset, indefinite)
-                       : printDecomposedDiagnosed(context, read, depth, offset, indefinite, counter != nullptr);
-        const int32_t before = count;
-        const long start = offset;
-        const uint8_t* next = nullptr;
-        if (stop == 0) {
-            walkInside(context, read, count, offset, depth, indefinite);
-            next = nextElementOf(context, read, count);
-        }
-        offset = start + (next != nullptr ? next - element : before);
-        if (counter != nullptr) {
-            qorRecordDone(context);
-            if (next != nullptr) {
-                int32_t skipped = skipPadding(context, next, count);
-                if (skipped != 0 && count == 0) return;
-                counter->base += offset + skipped;
-                ++counter->pduNumber;
-                qorPrint(context, "\n\nConcatenated PDU #%d detected at offset %ld, printing ...\n",
-                         counter->pduNumber, counter->base);
-                offset = 0;  // offsets count from the start of each PDU
-            }
-        }
+        const uint8_t* next = walkElement(context, element, count, offset, depth, false);
         if (next == nullptr || count == 0) return;
+        element = next;
+    }
+}
+
+// The PDUs of the top level, from the padding in front of the next one on.
+// Offsets count from the start of each PDU; only the line that announces a
+// PDU tells where it lies in the input.
+void walkPdus(RunContext* context, const RecordStretch& stretch, int32_t& count)
+{
+    const uint8_t* element = stretch.data;
+    long listed = stretch.recordsBefore;
+    while (true) {
+        if (listed != 0) {
+            const int32_t skipped = skipPadding(context, element, count);
+            if (skipped != 0 && count == 0) return;
+            qorPrint(context, "\n\nConcatenated PDU #%ld detected at offset %ld, printing ...\n", listed + 1,
+                     static_cast<long>(stretch.offset + (element - stretch.data)));
+        }
+        long offset = 0;
+        const uint8_t* next = walkElement(context, element, count, offset, 1, true);
+        ++listed;
+        qorRecordDone(context);
+        if (next == nullptr) return;
         element = next;
     }
 }
@@ -124,18 +136,26 @@ void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long
 
 void printDecomposedLayout(RunContext* context, InputBuffer& buffer)
 {
-    int32_t count = buffer.length;
-    long offset = 0;
+    RecordStretch whole;
+    whole.data = buffer.data;
+    whole.length = buffer.length;
+    whole.reach = buffer.length;
+    listDecomposedStretch(context, whole);
+}
+
+bool listDecomposedStretch(RunContext* context, const RecordStretch& stretch)
+{
+    int32_t count = stretch.length;
     EndCacheScope ends(context);
     TagWalkScope fields(context);
-    walkDecomposed(context, buffer.data, count, offset, 1);
+    if (count > 0) walkPdus(context, stretch, count);
+    return count == 0;
 }
 
 void walkDecomposed(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth)
 {
     if (count <= 0) return;
-    PduCounter counter;
-    walkLevel(context, element, count, offset, depth, depth == 1 ? &counter : nullptr);
+    walkLevel(context, element, count, offset, depth);
 }
 
 int printDecomposedElement(RunContext* context, const Element& element, int depth, long offset, bool& indefinite)

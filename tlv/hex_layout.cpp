@@ -24,11 +24,11 @@ constexpr int kContentsEnd = 75;  // contents are cut at this column
 // Owns the RecordSpan of a listing; gone however the listing ends.
 class RecordSpanScope {
 public:
-    RecordSpanScope(RunContext* context, const InputBuffer& buffer) : context_(context)
+    RecordSpanScope(RunContext* context, const uint8_t* data, int32_t length) : context_(context)
     {
         auto* span = static_cast<RecordSpan*>(qorAlloc(context, sizeof(RecordSpan)));
         if (span == nullptr) signalError(context, kNoMemory, 0, 0);
-        if (span != nullptr) *span = {buffer.length, buffer.data};
+        if (span != nullptr) *span = {length, data};
         context->recordSpan = span;
     }
     ~RecordSpanScope()
@@ -56,7 +56,7 @@ std::string_view identifierSuffix(bool indefinite, bool flagged)
 
 void printHexLayout(RunContext* context, InputBuffer& buffer)
 {
-    RecordSpanScope span(context, buffer);
+    RecordSpanScope span(context, buffer.data, buffer.length);
     EndCacheScope ends(context);
     int32_t count = buffer.length;
     bool titles = false;
@@ -66,6 +66,18 @@ void printHexLayout(RunContext* context, InputBuffer& buffer)
     if (count != 0 && (context->toolFlags & TLV_FIX_ENCODING) != 0 && context->state->fixupCount == 0) {
         buffer.length -= count;
     }
+}
+
+bool listHexStretch(RunContext* context, const RecordStretch& stretch)
+{
+    RecordSpanScope span(context, stretch.data, stretch.reach);
+    EndCacheScope ends(context);
+    RecordSteps records(stretch);
+    int32_t count = stretch.length;
+    bool titles = false;
+    const bool diagnose = (context->toolFlags & TLV_DIAGNOSE) != 0;
+    walkRecordsWith(context, stretch.data, count, titles, diagnose ? printHexDiagnosed : printHexElement, records);
+    return count == 0;
 }
 
 int printHexElement(RunContext* context, const Element& read, int depth, bool& indefinite, bool&)

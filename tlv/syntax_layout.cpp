@@ -62,6 +62,23 @@ int printLengthField(OutputLine& line, int32_t length, int32_t shown, bool bad)
 
 }  // namespace
 
+bool listSyntaxStretch(RunContext* context, const RecordStretch& stretch)
+{
+    const uint32_t savedFlags = context->toolFlags;
+    context->toolFlags |= TLV_SYNTAX_LAYOUT;
+    EndCacheScope ends(context);
+    TagWalkScope fields(context);
+    RecordSteps records(stretch);
+    bool titles = true;
+    int32_t count = stretch.length;
+    const bool diagnose = (context->toolFlags & TLV_DIAGNOSE) != 0;
+    walkRecordsWith(context, stretch.data, count, titles, diagnose ? printSyntaxDiagnosed : printSyntaxElement,
+                    records);
+    // The flag of a failed value outlives the stretch, as it outlives a record.
+    context->toolFlags = (savedFlags & ~TLV_VALUE_FAILED) | (context->toolFlags & TLV_VALUE_FAILED);
+    return count == 0;
+}
+
 void printSyntaxLayout(RunContext* context, InputBuffer& buffer)
 {
     const uint32_t savedFlags = context->toolFlags;

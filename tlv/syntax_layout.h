@@ -8,10 +8,13 @@
 
 struct RunContext;
 struct Element;
+struct RecordStretch;
 struct UniversalTag;
 class Rendered;
 
 void printSyntaxLayout(RunContext* context, InputBuffer& buffer);
+// Lists a stretch of records; false when the listing ended inside it.
+bool listSyntaxStretch(RunContext* context, const RecordStretch& stretch);
 int printSyntaxElement(RunContext* context, const Element& element, int depth, bool& indefinite, bool& titles);
 // Prints a rendered value, truncated at column 79 unless it keeps its width;
 // returns the characters printed.

@@ -1,5 +1,6 @@
 #include "tlv/walker.h"
 
+#include <cstdint>
 #include <cstring>
 
 #include "app/signal.h"
@@ -142,11 +143,20 @@ int32_t skipPadding(RunContext* context, const uint8_t*& cursor, int32_t& count)
     return skipped;
 }
 
-RecordSteps::RecordSteps(RunContext* context, const uint8_t* input, int32_t count) : probe_{count, 0, 0}
+CdrProbe probeCdrHeaders(RunContext* context, const uint8_t* input, int32_t count, int64_t total)
 {
-    if ((context->toolFlags & TLV_NO_CDR_HEADERS) == 0 && detectCdrHeaders(context, input, count, probe_)) return;
-    probe_.fileHeaderLength = 0;
-    probe_.recordHeaderLength = 0;
+    // A file header's length field has 31 bits for a positive length: a
+    // larger input has none that matches.
+    CdrProbe probe = {total <= INT32_MAX ? static_cast<int32_t>(total) : -1, 0, 0};
+    if ((context->toolFlags & TLV_NO_CDR_HEADERS) == 0 && detectCdrHeaders(context, input, count, probe)) return probe;
+    probe.fileHeaderLength = 0;
+    probe.recordHeaderLength = 0;
+    return probe;
+}
+
+RecordSteps::RecordSteps(RunContext* context, const uint8_t* input, int32_t count)
+    : probe_(probeCdrHeaders(context, input, count, count))
+{
 }
 
 bool RecordSteps::next(RunContext* context, const uint8_t*& element, int32_t& count, bool& titles)
@@ -197,14 +207,9 @@ struct WalkLevel {
     bool indefinite;
 };
 
-}  // namespace
-
-void walkRecords(RunContext* context, const uint8_t* first, int32_t& total, int top, bool& titles,
-                 ElementPrinter printer)
+void walkFrom(RunContext* context, const uint8_t* first, int32_t& total, int top, bool& titles,
+              ElementPrinter printer, RecordSteps& records)
 {
-    if (total <= 0) return;
-    // Records, their headers and the padding between them belong to the top level.
-    RecordSteps records = top == 0 ? RecordSteps(context, first, total) : RecordSteps();
     WalkLevel levels[MAX_WALK_DEPTH];
     int depth = top;
     WalkLevel* level = &levels[0];
@@ -275,4 +280,22 @@ void walkRecords(RunContext* context, const uint8_t* first, int32_t& total, int 
             printed = true;
         }
     }
+}
+
+}  // namespace
+
+void walkRecords(RunContext* context, const uint8_t* first, int32_t& total, int top, bool& titles,
+                 ElementPrinter printer)
+{
+    if (total <= 0) return;
+    // Records, their headers and the padding between them belong to the top level.
+    RecordSteps records = top == 0 ? RecordSteps(context, first, total) : RecordSteps();
+    walkFrom(context, first, total, top, titles, printer, records);
+}
+
+void walkRecordsWith(RunContext* context, const uint8_t* first, int32_t& count, bool& titles,
+                     ElementPrinter printer, RecordSteps& records)
+{
+    if (count <= 0) return;
+    walkFrom(context, first, count, 0, titles, printer, records);
 }

@@ -26,6 +26,23 @@ struct CdrProbe {
     int32_t recordHeaderLength;
 };
 
+// A stretch of whole top-level records out of a larger input, and where the
+// listing stands in front of it. Listing the stretches of an input one after
+// the other prints what one walk over the whole input prints: a stretch
+// begins where a record's element ended, in front of the padding and the
+// record header of the next one.
+struct RecordStretch {
+    const uint8_t* data = nullptr;
+    int32_t length = 0;
+    // Octets readable from `data` on, to the end of the input (at most 2 GiB):
+    // a premature end shows the record's tail, which may run past the stretch.
+    int32_t reach = 0;
+    int64_t offset = 0;         // of `data`, from the start of the listed input
+    int64_t origin = 0;         // of the listed input in its file (+offset)
+    long recordsBefore = 0;     // records listed in front of the stretch
+    CdrProbe probe = {0, 0, 0};  // the CDR headers found at the start of the input
+};
+
 // The steps in front of each record of the top level: CDR file and record
 // headers, padding between records, the announcement of a further record.
 class RecordSteps {
@@ -33,6 +50,11 @@ public:
     RecordSteps() = default;
     // Detects CDR headers in the input (unless -nocdrheaders).
     RecordSteps(RunContext* context, const uint8_t* input, int32_t count);
+    // Goes on in front of a stretch's first record.
+    explicit RecordSteps(const RecordStretch& stretch)
+        : probe_(stretch.probe), recordNumber_(static_cast<int>(stretch.recordsBefore))
+    {
+    }
     // Counts the next record and steps over what stands in front of it;
     // false when the walk must end instead.
     bool next(RunContext* context, const uint8_t*& element, int32_t& count, bool& titles);
@@ -47,6 +69,14 @@ void printEndOfContents(RunContext* context, int depth);
 
 void walkRecords(RunContext* context, const uint8_t* element, int32_t& count, int depth,
                  bool& titles, ElementPrinter printer);
+// The top level of a walk from the steps in front of a record on; `count`
+// comes back as walkRecords gives it back.
+void walkRecordsWith(RunContext* context, const uint8_t* first, int32_t& count, bool& titles,
+                     ElementPrinter printer, RecordSteps& records);
+// The CDR headers of an input as the walk of its top level finds them: none
+// with -nocdrheaders. `total` is the whole input's length, which a CDR file
+// header repeats.
+CdrProbe probeCdrHeaders(RunContext* context, const uint8_t* input, int32_t count, int64_t total);
 bool detectCdrHeaders(RunContext* context, const uint8_t* input, int32_t inputLength,
                       CdrProbe& probe);
 void skipCdrHeader(RunContext* context, const uint8_t*& cursor, int32_t& count, int32_t length,
