@@ -1,6 +1,7 @@
 #include "app/driver.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstring>
@@ -13,12 +14,17 @@
 #include "app/text_input.h"
 #include "diagnose/check.h"
 #include "diagnose/verdict.h"
+#include "json/json_layout.h"
+#include "listing/progress.h"
+#include "listing/stretch_listing.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/extensions.h"
 #include "runtime/services.h"
 #include "tagmap/bundled_map.h"
+#include "tlv/decomposed_layout.h"
 #include "tlv/hex_layout.h"
+#include "tlv/syntax_layout.h"
 #include "tlv/repair.h"
 
 // The driver signals a failed load with the load's own result.
@@ -45,7 +51,9 @@ int openAndLoad(RunContext* context, DriverState& state)
         return loadDecodedInput(context, stream, state.form, 0, state.decoded);
     }
     state.buffer.length = 0;  // no spare octets
-    return loadInput(context, stream, state.offset, state.count, state.buffer);
+    state.range.offset = state.offset;
+    state.range.count = state.count;
+    return loadInputRange(context, stream, state.range, state.buffer);
 }
 
 // Closes the listing file; a write that failed on the way (a full disk) is
@@ -112,7 +120,9 @@ void reportLoadFailure(RunContext* context, DriverState& state)
     if (result == kCannotOpen || result == kReadFailed || result == kNonHexadecimal) {
         text = reinterpret_cast<intptr_t>(state.inputName);
     }
-    if (result == kBadOffset) number = static_cast<long>(state.offset);
+    if (result == kBadOffset) {
+        number = state.range.wide ? static_cast<long>(state.range.wideOffset) : static_cast<long>(state.offset);
+    }
     if (result == kBadCount) number = static_cast<long>(state.count);
     signalError(context, result, text, number);
 }
@@ -140,6 +150,53 @@ void printRunEnd(RunContext* context)
     if ((context->toolFlags & TLV_JSON_LAYOUT) == 0) qorPrint(context, "\n\n");
 }
 
+// The layout of a printer that can list in stretches.
+bool stretchLayout(LayoutPrinter printer, ListingLayout& layout)
+{
+    if (printer == printHexLayout) layout = ListingLayout::Hexadecimal;
+    else if (printer == printSyntaxLayout) layout = ListingLayout::Syntax;
+    else if (printer == printDecomposedLayout) layout = ListingLayout::Decomposed;
+    else if (printer == printJsonLayout) layout = ListingLayout::Json;
+    else return false;
+    return true;
+}
+
+int onlineProcessors()
+{
+    const long count = sysconf(_SC_NPROCESSORS_ONLN);
+    return count < 1 ? 1 : count > 256 ? 256 : static_cast<int>(count);
+}
+
+// Larger inputs are listed in stretches even on one thread, so that the
+// pages behind the listing can be let go.
+constexpr int64_t kWholeAtMost = 256 << 20;
+
+// Lists the input in stretches of records where that is wanted: on several
+// threads, from a chosen record, or an input too large for one walk. False
+// when the listing is left to the printer.
+bool listsInStretches(RunContext* context, DriverState& state, LayoutPrinter printer)
+{
+    ListingPlan plan;
+    if (!stretchLayout(printer, plan.layout)) return false;
+    const int64_t size = state.buffer.size != 0 ? state.buffer.size : state.buffer.length;
+    // -diagnose counts the kinds of failure as the walk meets them.
+    plan.threads = (context->toolFlags & TLV_DIAGNOSE) != 0 ? 1 : state.threads != 0 ? state.threads : onlineProcessors();
+    plan.firstRecord = state.records.first;
+    plan.lastRecord = state.records.last;
+    const bool selects = plan.firstRecord != 1 || plan.lastRecord != 0;
+    if (plan.threads == 1 && !selects && state.buffer.size == 0 && size <= kWholeAtMost) return false;
+    plan.progress = progressWanted(state.outputName != nullptr);
+    ListingInput input;
+    input.data = state.buffer.data;
+    input.size = size;
+    input.origin = state.buffer.origin;
+    input.mapBase = state.buffer.mapBase;
+    input.mapLength = state.buffer.mapLength;
+    const int status = listInStretches(context, input, plan);
+    if (status != 0) state.result = status;
+    return true;
+}
+
 void loadAndPrint(RunContext* context, DriverState& state)
 {
     state.result = openAndLoad(context, state);
@@ -152,7 +209,10 @@ void loadAndPrint(RunContext* context, DriverState& state)
     }
     if (state.form == InputForm::Binary) hintAtTextForm(state.buffer);
     // +offset counts the digits of a text input, two an octet.
-    state.buffer.origin = state.form == InputForm::Text ? state.offset / 2 : state.offset;
+    state.buffer.origin = state.form == InputForm::Text ? state.offset / 2
+                          : state.range.wide             ? static_cast<int64_t>(state.range.wideOffset)
+                                                         : state.offset;
+    if (listsInStretches(context, state, printer)) return;
     printer(context, state.buffer);
 }
 

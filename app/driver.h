@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "app/input.h"
+#include "app/options.h"
 #include "app/text_input.h"
 #include "diagnose/tally.h"
 #include "runtime/extensions.h"
@@ -37,6 +39,9 @@ struct DriverState {
     DiagnoseTally tally;             // what the run found wrong
     const char* tagMapName;  // -tags: a file or a bundled map's name
     TagMap tagMap;           // what -tags loaded, for the length of the run
+    InputRange range;        // +offset,num in 32 and in 64 bits
+    int threads;             // -threads; 0: one a CPU
+    RecordRange records;     // -records
 };
 
 int runDriver(RunContext* context, int argc, char** argv);

@@ -87,6 +87,10 @@ int selectDigits(RunContext* context, std::FILE* stream, uint32_t& offset, uint3
 // octets aren't copied once more. The mapping is read-only: nothing writes
 // into an input that isn't its own heap copy (the repair loads with spare
 // octets, so it always has one).
+// The mapping of a large input is read in as the listing goes, and let go
+// behind it: only a small one is read in at once.
+constexpr long kPopulateAtMost = 256L << 20;
+
 bool mapInput(std::FILE* stream, long skip, long want, InputBuffer& buffer)
 {
     int descriptor = fileno(stream);
@@ -95,9 +99,12 @@ bool mapInput(std::FILE* stream, long skip, long want, InputBuffer& buffer)
     const long page = sysconf(_SC_PAGESIZE);
     const long base = skip / page * page;
     const size_t length = static_cast<size_t>(want + (skip - base));
-    void* map = mmap(nullptr, length, PROT_READ, MAP_PRIVATE | MAP_POPULATE, descriptor, base);
+    const int populate = want <= kPopulateAtMost ? MAP_POPULATE : 0;
+    void* map = mmap(nullptr, length, PROT_READ, MAP_PRIVATE | populate, descriptor, base);
     if (map == MAP_FAILED) return false;
-    buffer.length = static_cast<int32_t>(want);
+    if (populate == 0) madvise(map, length, MADV_SEQUENTIAL);
+    buffer.length = want <= INT32_MAX ? static_cast<int32_t>(want) : 0;
+    buffer.size = want <= INT32_MAX ? 0 : want;
     buffer.data = static_cast<uint8_t*>(map) + (skip - base);
     buffer.mapBase = map;
     buffer.mapLength = length;
@@ -196,8 +203,19 @@ void releaseInput(RunContext* context, InputBuffer& buffer)
 
 int loadInput(RunContext* context, std::FILE* stream, uint32_t offset, uint32_t count, InputBuffer& buffer)
 {
+    InputRange range;
+    range.offset = offset;
+    range.count = count;
+    range.wideOffset = offset;
+    range.wideCount = count;
+    return loadInputRange(context, stream, range, buffer);
+}
+
+int loadInputRange(RunContext* context, std::FILE* stream, InputRange& range, InputBuffer& buffer)
+{
     const bool text = (context->toolFlags & TLV_TEXT_INPUT) != 0;
-    const long skip = text ? 0 : static_cast<long>(offset);
+    uint32_t offset = range.offset;
+    const uint32_t count = range.count;
     const int32_t spare = buffer.length;
     buffer = {0, nullptr};
     if (std::fseek(stream, 0, SEEK_END) != 0) {
@@ -206,12 +224,19 @@ int loadInput(RunContext* context, std::FILE* stream, uint32_t offset, uint32_t 
     }
     const long size = std::ftell(stream);
     if (size <= 0) return LOAD_READ_FAILED;
+    // A binary file larger than 32-bit lengths hold is mapped whole and
+    // listed in stretches; its range is read in 64 bits. A directory's size
+    // reads as enormous, and its mapping fails.
+    range.wide = !text && spare == 0 && size > largestInput(0);
+    const auto clamp = [](uint64_t value) { return value > INT64_MAX ? INT64_MAX : static_cast<long>(value); };
+    const long skip = text ? 0 : range.wide ? clamp(range.wideOffset) : static_cast<long>(offset);
+    const long limit = range.wide ? clamp(range.wideCount) : static_cast<long>(count);
     if (skip >= size) return LOAD_BAD_OFFSET;
     if (std::fseek(stream, skip, SEEK_SET) != 0) return LOAD_READ_FAILED;
     long want = size - skip;
-    if (count != 0 && static_cast<long>(count) < want) want = static_cast<long>(count);
-    // A larger input (or a directory, whose size reads as enormous) can't
-    // be read.
+    if (limit != 0 && limit < want) want = limit;
+    if (range.wide) return mapInput(stream, skip, want, buffer) ? LOAD_DONE : LOAD_READ_FAILED;
+    // A larger input can't be read.
     if (want > largestInput(spare)) return LOAD_READ_FAILED;
 
     if (!text && spare == 0 && mapInput(stream, skip, want, buffer)) return LOAD_DONE;

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "app/driver.h"
 #include "json/json_layout.h"
@@ -49,6 +50,8 @@ enum OptionNumber : int16_t {
     OPT_DIAGNOSE = 25,
     OPT_CHECK = 26,
     OPT_TAGS = 27,
+    OPT_THREADS = 28,
+    OPT_RECORDS = 29,
 };
 
 struct OptionRow {
@@ -93,6 +96,8 @@ constexpr OptionRow kOptions[] = {
     {"-diagnose", OPT_DIAGNOSE, 4},
     {"-check", OPT_CHECK, 3},
     {"-tags", OPT_TAGS, 3},  // "-t", "-te"... stay -text
+    {"-threads", OPT_THREADS, 3},
+    {"-records", OPT_RECORDS, 3},
     {"", OPT_NONE, 0},
 };
 
@@ -126,7 +131,8 @@ bool isLayout(int16_t number)
 bool takesArgument(int16_t number)
 {
     return number == OPT_BINARY || number == OPT_TEXT || number == OPT_PEM || number == OPT_BASE64 ||
-           number == OPT_OUTPUT || number == OPT_FIX_ENCODING || number == OPT_PAD;
+           number == OPT_OUTPUT || number == OPT_FIX_ENCODING || number == OPT_PAD || number == OPT_THREADS ||
+           number == OPT_RECORDS;
 }
 
 // The "-" option: the input's name is one line of standard input.
@@ -201,6 +207,32 @@ int takeTagMapName(RunContext* context, DriverState& state, int argc, char** arg
     return at + 1;
 }
 
+// -threads <n> and -records <n>[-<m>]: a bad or missing argument ends the
+// run with its own status, the message on standard error.
+[[noreturn]] void refuseArgument(RunContext* context, const char* message)
+{
+    std::fprintf(stderr, "qortlv: %s\n", message);
+    jumpToTarget(context, kListingArgumentStatus);
+}
+
+int takeThreads(RunContext* context, DriverState& state, int argc, char** argv, int at)
+{
+    constexpr char kMessage[] = "-threads needs a number of threads from 1 to 256.";
+    if (at + 1 >= argc) refuseArgument(context, kMessage);
+    uint64_t threads = 0;
+    if (!parseCount(argv[at + 1], threads) || threads < 1 || threads > 256) refuseArgument(context, kMessage);
+    state.threads = static_cast<int>(threads);
+    return at + 1;
+}
+
+int takeRecords(RunContext* context, DriverState& state, int argc, char** argv, int at)
+{
+    constexpr char kMessage[] =
+        "-records needs the records to list: <n> (that one), <n>-<m> or <n>- (from n on), numbered from 1.";
+    if (at + 1 >= argc || !parseRecordRange(argv[at + 1], state.records)) refuseArgument(context, kMessage);
+    return at + 1;
+}
+
 // +offset,num
 void takeRange(RunContext* context, DriverState& state, const char* argument)
 {
@@ -211,7 +243,13 @@ void takeRange(RunContext* context, DriverState& state, const char* argument)
     if (comma == range) exitWithMessage(context, kBadOffsetText, range);
     size_t digits = comma != nullptr ? static_cast<size_t>(comma - range) : std::strlen(range);
     state.offset = parseDecimal(range, digits, context, kBadOffsetText);
-    if (comma != nullptr) state.count = parseDecimal(comma + 1, std::strlen(comma + 1), context, kBadCountText);
+    state.range.wideOffset = wideDecimal(range, digits);
+    if (comma != nullptr) {
+        state.count = parseDecimal(comma + 1, std::strlen(comma + 1), context, kBadCountText);
+        state.range.wideCount = wideDecimal(comma + 1, std::strlen(comma + 1));
+    }
+    state.range.offset = state.offset;
+    state.range.count = state.count;
 }
 
 }  // namespace
@@ -225,6 +263,46 @@ uint32_t parseDecimal(const char* text, size_t count, RunContext* context, int e
         if (value == 0xFFFFFFFF) break;
     }
     return value;
+}
+
+uint64_t wideDecimal(const char* text, size_t count)
+{
+    uint64_t value = 0;
+    for (size_t i = 0; i < count && text[i] >= '0' && text[i] <= '9'; ++i) {
+        const auto digit = static_cast<uint64_t>(text[i] - '0');
+        if (value > (UINT64_MAX - digit) / 10) return UINT64_MAX;
+        value = value * 10 + digit;
+    }
+    return value;
+}
+
+bool parseCount(const char* text, uint64_t& value)
+{
+    if (*text < '0' || *text > '9') return false;
+    const char* end = text;
+    while (*end >= '0' && *end <= '9') ++end;
+    if (*end != '\0' || end - text > 18) return false;
+    value = wideDecimal(text, static_cast<size_t>(end - text));
+    return true;
+}
+
+bool parseRecordRange(const char* text, RecordRange& range)
+{
+    const char* dash = std::strchr(text, '-');
+    uint64_t first = 0;
+    uint64_t last = 0;
+    if (dash == nullptr) {
+        if (!parseCount(text, first)) return false;
+        last = first;
+    } else {
+        const std::string head(text, static_cast<size_t>(dash - text));
+        if (!parseCount(head.c_str(), first)) return false;
+        if (dash[1] != '\0' && !parseCount(dash + 1, last)) return false;
+    }
+    if (first < 1 || (last != 0 && last < first) || first > INT32_MAX || last > INT32_MAX) return false;
+    range.first = static_cast<long>(first);
+    range.last = static_cast<long>(last);
+    return true;
 }
 
 bool asksForJsonLayout(int argc, char** argv)
@@ -343,6 +421,12 @@ OptionsOutcome parseArguments(RunContext* context, DriverState& state, int argc,
                 context->toolFlags |= TLV_DIAGNOSE;
                 state.extensions->settings().diagnose = true;
                 state.extensions->settings().check = state.extensions->settings().check || number == OPT_CHECK;
+                break;
+            case OPT_THREADS:
+                at = takeThreads(context, state, argc, argv, at);
+                break;
+            case OPT_RECORDS:
+                at = takeRecords(context, state, argc, argv, at);
                 break;
             case OPT_HELP:
                 printHelp(context);

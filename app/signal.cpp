@@ -111,8 +111,13 @@ bool isWhiteSpace(char c)
 
 }  // namespace
 
-void jumpToTarget(RunContext*, int value)
+void jumpToTarget(RunContext* context, int value)
 {
+    // A worker's record that jumps is handed back, whatever closes behind it.
+    if (context != nullptr && context->state != nullptr &&
+        (context->state->stateFlags & STATE_STRETCH_WORKER) != 0) {
+        context->state->stateFlags |= STATE_STRETCH_FAULT;
+    }
     throw ToolJump{value};
 }
 
@@ -121,6 +126,8 @@ int signalError(RunContext* context, int code, intptr_t first, long second)
     context->state->lastError = code;
     const ToolMessage& row = toolRow(code);
     if (isHeard(context, row)) {
+        // A worker ahead of the listing hands the record back instead.
+        if ((context->state->stateFlags & STATE_STRETCH_WORKER) != 0) jumpToTarget(context, code);
         bool silentRepair = (context->toolFlags & TLV_FIX_ENCODING) != 0 &&
                             (context->toolFlags & TLV_TRACE_FIXUPS) == 0;
         if (!silentRepair && context->errorHook != nullptr) {

@@ -9,9 +9,9 @@
 
 namespace {
 
-// The capture of the run in progress; the hook has no other way to it.
-// Runs don't nest, so there is at most one.
-ErrorCapture* gActive = nullptr;
+// The capture of the run in progress on this thread; the hook has no other
+// way to it. Runs don't nest, so there is at most one a thread.
+thread_local ErrorCapture* gActive = nullptr;
 
 // The text without the line ends that place it in the listing.
 std::string trimmedLines(const std::string& text)

@@ -15,6 +15,9 @@ struct InputBuffer {
     // Where data[0] stands in the input, in octets (+offset); the -json
     // layout counts its offsets from the start of the input.
     int64_t origin = 0;
+    // All its octets, where `length` can't count them (a mapped file above
+    // 2 GiB, whose length is then 0); else 0.
+    int64_t size = 0;
 };
 
 // An encoding as handed to qorDecode.

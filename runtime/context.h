@@ -37,6 +37,10 @@ constexpr uint32_t TLV_JSON_LAYOUT = 0x40000000;   // -json: standard output car
 
 // Bits of RunState::stateFlags.
 constexpr uint32_t STATE_PROBING = 0x1;  // a premature end (17) is not fatal
+// A worker that lists a stretch of records ahead of the listing: any report
+// it would make ends its stretch there, for the listing to redo in order.
+constexpr uint32_t STATE_STRETCH_WORKER = 0x2;
+constexpr uint32_t STATE_STRETCH_FAULT = 0x4;  // the worker's record jumped
 
 // The decoder side installs no signal handler; this bit stays set.
 constexpr uint32_t DECODER_NO_TRAPPING = 0x200;
@@ -63,6 +67,16 @@ using PrintOverride = int (*)(RunContext* context, const char* format, va_list a
 // or the repair while it runs. jumpTarget tells whether such a frame exists.
 struct ToolJump {
     int value;
+};
+
+// Told of the end of every top-level record while a layout lists; a listing
+// in stretches keeps its place by it.
+class RecordWatch {
+public:
+    virtual void recordDone(RunContext* context) = 0;
+
+protected:
+    ~RecordWatch() = default;
 };
 
 struct RunState {
@@ -113,6 +127,7 @@ struct RunContext {
     FreeFn stateFreeFn;
     RunState* state;
     const RunExtensions* extensions;  // options beyond the listing's own; null: none
+    RecordWatch* recordWatch;         // null: nobody asks
 };
 
 // The context is cleared byte for byte at start, so it must stay plain data.

@@ -233,8 +233,14 @@ void qorFlush(RunContext* context)
     if (context != nullptr && context->outStream != nullptr) drain(context->outStream);
 }
 
+void qorWriteBlock(RunContext* context, const char* text, size_t length)
+{
+    append(context->outStream, text, length);
+}
+
 void qorRecordDone(RunContext* context)
 {
+    if (context->recordWatch != nullptr) context->recordWatch->recordDone(context);
     if (context->outStream->terminal) drain(context->outStream);
 }
 

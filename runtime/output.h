@@ -85,6 +85,14 @@ void qorFlush(RunContext* context);
 int qorWriteHexDigits(RunContext* context, const uint8_t* octets, int32_t digits);
 // A decimal number, as "%ld" prints it, without parsing a format.
 int qorWriteDecimal(RunContext* context, long value);
+// Listing text made elsewhere (by a worker), written as it stands: no print
+// override, no formatting.
+void qorWriteBlock(RunContext* context, const char* text, size_t length);
+// Listing text held in the run buffer and not yet written out.
+inline size_t qorBuffered(const RunContext* context)
+{
+    return context->outStream->used;
+}
 // At the end of a record: flushes when the output is a terminal.
 void qorRecordDone(RunContext* context);
 

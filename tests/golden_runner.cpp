@@ -21,7 +21,9 @@
 //   status      the expected exit status (0 when absent)
 //   files/NAME  a file the run must leave in {dir}; NAME.hex holds it as
 //               hexadecimal octets. A run leaves no other file.
-// Every run leaves its input as it was.
+// Every run leaves its input as it was. A case whose arguments don't choose
+// a thread count runs again with -threads 1 and with -threads 4 in front of
+// them, and must print the same, byte for byte.
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -214,6 +216,16 @@ public:
         if (fs::exists(folder_ / "stderr")) {
             std::string errors = expectedText("stderr");
             EXPECT_EQ(errors, result.errors) << "standard error of " << folder_;
+        }
+        const bool choosesThreads = std::find(args.begin(), args.end(), "-threads") != args.end();
+        for (const char* threads : {"1", "4"}) {
+            if (args.empty() || choosesThreads) break;
+            std::vector<std::string> again = {"-threads", threads};
+            again.insert(again.end(), args.begin(), args.end());
+            RunResult other = runProgram(again, standardInput, work / "stdout", work / "stderr", work / "run");
+            EXPECT_EQ(result.status, other.status) << "exit status with -threads " << threads << " of " << folder_;
+            EXPECT_EQ(result.output, other.output) << "standard output with -threads " << threads << " of " << folder_;
+            EXPECT_EQ(result.errors, other.errors) << "standard error with -threads " << threads << " of " << folder_;
         }
         if (hasInput) {
             EXPECT_TRUE(fs::exists(input) && readFile(input) == inputOctets) << folder_ << " changed its input";

@@ -24,7 +24,7 @@ constexpr int kContentsEnd = 75;  // contents are cut at this column
 // Owns the RecordSpan of a listing; gone however the listing ends.
 class RecordSpanScope {
 public:
-    RecordSpanScope(RunContext* context, const uint8_t* data, int32_t length) : context_(context)
+    RecordSpanScope(RunContext* context, const uint8_t* data, int64_t length) : context_(context)
     {
         auto* span = static_cast<RecordSpan*>(qorAlloc(context, sizeof(RecordSpan)));
         if (span == nullptr) signalError(context, kNoMemory, 0, 0);
@@ -70,7 +70,8 @@ void printHexLayout(RunContext* context, InputBuffer& buffer)
 
 bool listHexStretch(RunContext* context, const RecordStretch& stretch)
 {
-    RecordSpanScope span(context, stretch.data, stretch.reach);
+    // The span is the whole input's: a report tells a record's tail by it.
+    RecordSpanScope span(context, stretch.data - stretch.offset, stretch.offset + stretch.reach);
     EndCacheScope ends(context);
     RecordSteps records(stretch);
     int32_t count = stretch.length;

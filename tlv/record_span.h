@@ -5,6 +5,6 @@
 #include <cstdint>
 
 struct RecordSpan {
-    int32_t total;
+    int64_t total;
     const uint8_t* start;
 };
