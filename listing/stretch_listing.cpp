@@ -8,6 +8,7 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -19,7 +20,7 @@
 
 namespace {
 
-constexpr int64_t kLargestJob = 1 << 20;            // a worker's stretch
+constexpr int64_t kLargestJob = 128 << 10;          // a worker's stretch
 constexpr int64_t kLargestInOrder = 8 << 20;        // a stretch the listing walks itself
 constexpr int64_t kReleaseEvery = 32 << 20;         // pages behind the listing let go this often
 
@@ -199,6 +200,7 @@ private:
     bool parallel_ = false;
     int64_t released_ = 0;
     double outputRatio_ = 4.0;  // listing octets an input octet, as found so far
+    std::vector<std::string> spare_;  // output buffers written out, for the next jobs
 };
 
 int64_t StretchListing::jobOctets() const
@@ -244,6 +246,12 @@ void StretchListing::fillJobs(WorkerPool& pool, std::deque<std::unique_ptr<Job>>
         auto job = std::make_unique<Job>();
         if (!scanNext(*job, jobOctets())) return;
         if (!job->tail) {
+            // A buffer a worker filled before, pages and all: fresh memory
+            // for every stretch would cost a page fault every 4 KiB.
+            if (!spare_.empty()) {
+                job->work.output = std::move(spare_.back());
+                spare_.pop_back();
+            }
             job->work.output.reserve(static_cast<size_t>(outputRatio_ * job->work.stretch.length * 1.1) + 4096);
             pool.give(*job);
         }
@@ -264,7 +272,10 @@ bool StretchListing::takeJob(WorkerPool& pool, Job& job, long& from)
         outputRatio_ = 0.75 * outputRatio_ + 0.25 * static_cast<double>(work.output.size()) / work.stretch.length;
     }
     from = work.cleanRecords;
-    return work.whole;
+    const bool whole = work.whole;
+    job.work.output.clear();
+    spare_.push_back(std::move(job.work.output));
+    return whole;
 }
 
 // The rest of a stretch from its record `from` (0-based) on.
