@@ -4,7 +4,7 @@ PREFIX ?= /usr/local
 SANITIZE_BUILD ?= build-sanitize
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all build configure run test install test-sanitize bench fuzz fuzz-run clean
+.PHONY: all build configure run test install test-sanitize bench bench-big fuzz fuzz-run clean
 
 all: build
 
@@ -41,6 +41,10 @@ fuzz-run: fuzz
 
 bench: build
 	bench/run.sh
+
+# Files of 2, 4 and 5 GiB (about 11 GiB of disk): not part of CI.
+bench-big: build
+	bench/big.sh
 
 clean:
 	rm -rf $(BUILD) $(SANITIZE_BUILD) build-fuzz

@@ -4,6 +4,9 @@
 //
 //   gen_cdr --variant definite|headers|indefinite --mb N [--seed S] --out FILE
 //
+// It prints what a listing must find: "records N last-offset X", the number
+// of records and where the last record's element begins.
+//
 // definite:   records back to back, definite lengths, no headers
 // headers:    a CDR file header, then a 4-octet record header per record
 // indefinite: as definite, but every constructed element in the indefinite
@@ -328,8 +331,11 @@ int main(int argc, char** argv)
         std::fwrite(header.data(), 1, header.size(), out);
         written += header.size();
     }
+    uint64_t records = 0;
+    uint64_t lastOffset = 0;
     while (written < target) {
         Octets record = maker.record();
+        ++records;
         if (headers) {
             if (record.size() > 0xFFFF) continue;
             chunk.push_back(static_cast<uint8_t>(record.size() >> 8));
@@ -337,6 +343,7 @@ int main(int argc, char** argv)
             chunk.push_back(0x00);
             chunk.push_back(0x01);
         }
+        lastOffset = written + (headers ? 4 : 0);
         append(chunk, record);
         written += record.size() + (headers ? 4 : 0);
         if (chunk.size() > (1 << 20)) {
@@ -351,5 +358,7 @@ int main(int argc, char** argv)
         std::fseek(out, 0, SEEK_SET);
         std::fwrite(length, 1, 4, out);
     }
+    std::printf("records %llu last-offset %llu\n", static_cast<unsigned long long>(records),
+                static_cast<unsigned long long>(lastOffset));
     return std::fclose(out) == 0 ? 0 : 1;
 }

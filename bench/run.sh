@@ -13,7 +13,7 @@ mkdir -p "$DATA"
 g++ -O2 -std=c++20 bench/gen_cdr.cpp -o "$DATA/gen_cdr"
 for variant in definite headers indefinite; do
   file="$DATA/cdr-$variant-${MB}mb.ber"
-  [ -s "$file" ] || "$DATA/gen_cdr" --variant "$variant" --mb "$MB" --out "$file"
+  [ -s "$file" ] || "$DATA/gen_cdr" --variant "$variant" --mb "$MB" --out "$file" > /dev/null
 done
 
 # One measurement, output to /dev/null: wall seconds, peak resident KiB.

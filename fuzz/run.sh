@@ -21,7 +21,7 @@ done
 # The names reader also starts from the list of built-in names.
 mkdir -p "$corpus/oid-seeds"
 cp oids/oids.txt "$corpus/oid-seeds/"
-for target in run decode text repair textforms oids; do
+for target in run decode text repair textforms oids threads; do
   mkdir -p "$corpus/$target"
   extra=()
   [ "$target" = oids ] && extra=("$corpus/oid-seeds")

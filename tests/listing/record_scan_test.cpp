@@ -1,0 +1,115 @@
+#include "listing/record_scan.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/test_context.h"
+
+namespace {
+
+using Octets = std::vector<uint8_t>;
+
+struct ScanRow {
+    const char* what;
+    ListingLayout layout;
+    uint32_t padByteSpec;  // the pad byte plus 1; 0: no -pad
+    Octets input;
+    std::vector<int64_t> ends;  // where the scan finds each record's element ending
+    ScanEnd end;                // and how it ends
+    int64_t lastStretchEnd;     // where the last stretch it gives ends
+};
+
+// Stretches of one octet each: every record makes a stretch of its own.
+void scanAll(RunContext* context, const ScanRow& row, std::vector<int64_t>& ends, ScanEnd& end, int64_t& stretchEnd)
+{
+    context->padByteSpec = row.padByteSpec;
+    RecordScan scan(context, row.layout, row.input.data(), static_cast<int64_t>(row.input.size()), 0);
+    RecordStretch stretch;
+    std::vector<int64_t> recordEnds;
+    long records = 0;
+    while (scan.next(stretch, recordEnds, 1)) {
+        EXPECT_EQ(records, stretch.recordsBefore) << row.what;
+        EXPECT_EQ(stretch.data, row.input.data() + stretch.offset) << row.what;
+        records += static_cast<long>(recordEnds.size());
+        ends.insert(ends.end(), recordEnds.begin(), recordEnds.end());
+        stretchEnd = stretch.offset + stretch.length;
+    }
+    end = scan.end();
+}
+
+TEST(RecordScan, FindsWhereEachRecordEndsAsTheWalkSteps)
+{
+    const auto hex = ListingLayout::Hexadecimal;
+    const auto dec = ListingLayout::Decomposed;
+    const std::vector<ScanRow> rows = {
+        {"three definite records", hex, 0, {0x30, 0x03, 0x02, 0x01, 0x05, 0x04, 0x00, 0x05, 0x00}, {5, 7, 9},
+         ScanEnd::Input, 9},
+        {"an indefinite record ends behind its end-of-contents", hex, 0,
+         {0x30, 0x80, 0x02, 0x01, 0x05, 0x00, 0x00, 0x05, 0x00}, {7, 9}, ScanEnd::Input, 9},
+        {"padding belongs to the record behind it", hex, 0x100,
+         {0x05, 0x00, 0xFF, 0xFF, 0x05, 0x00, 0xFF}, {2, 6}, ScanEnd::Input, 7},
+        {"the decomposed walk skips padding too", dec, 0x100, {0x05, 0x00, 0xFF, 0x05, 0x00}, {2, 5},
+         ScanEnd::Input, 5},
+        {"a record that runs off the input is the tail", hex, 0, {0x05, 0x00, 0x30, 0x05, 0x02, 0x01},
+         {2}, ScanEnd::Tail, 6},
+        {"a tag of 00 at the top is the tail", hex, 0, {0x05, 0x00, 0x00, 0x01, 0x00}, {2}, ScanEnd::Tail, 5},
+        {"an end-of-contents that isn't there is the tail", hex, 0, {0x05, 0x00, 0x30, 0x80, 0x05, 0x00}, {2},
+         ScanEnd::Tail, 6},
+        {"an end-of-contents with a second octet is the tail", hex, 0,
+         {0x05, 0x00, 0x30, 0x80, 0x05, 0x00, 0x00, 0x01}, {2}, ScanEnd::Tail, 8},
+        {"the first element's header is cut short", hex, 0, {0x1F}, {}, ScanEnd::Tail, 1},
+    };
+    for (const ScanRow& row : rows) {
+        TestContext context;
+        std::vector<int64_t> ends;
+        ScanEnd end = ScanEnd::More;
+        int64_t stretchEnd = 0;
+        scanAll(context.get(), row, ends, end, stretchEnd);
+        EXPECT_EQ(row.ends, ends) << row.what;
+        EXPECT_EQ(row.end, end) << row.what;
+        EXPECT_EQ(row.lastStretchEnd, stretchEnd) << row.what;
+        EXPECT_EQ(0, context.lastError()) << row.what << ": the scan reports nothing";
+        EXPECT_EQ("", context.output()) << row.what;
+    }
+}
+
+// A CDR file of 4-octet record headers (R at offset 2): each record's
+// element lies behind its header; the decomposed walk knows no headers.
+TEST(RecordScan, StepsOverCdrRecordHeadersWhereTheListingDoes)
+{
+    const Octets input = {0x00, 0x00, 0x00, 0x05, 0x30, 0x03, 0x02, 0x01, 0x05,
+                          0x00, 0x00, 0x00, 0x02, 0x05, 0x00, 0x00, 0x00, 0x00, 0x02, 0x05, 0x00};
+    TestContext context;
+    RecordScan scan(context.get(), ListingLayout::Syntax, input.data(), static_cast<int64_t>(input.size()), 0);
+    RecordStretch stretch;
+    std::vector<int64_t> ends;
+    ASSERT_TRUE(scan.next(stretch, ends, 1000));
+    EXPECT_EQ((std::vector<int64_t>{9, 15, 21}), ends);
+    EXPECT_EQ(4, stretch.probe.recordHeaderLength);
+    EXPECT_EQ(ScanEnd::Input, scan.end());
+}
+
+TEST(RecordScan, SkipsToARecordAndStopsBehindTheLastAskedFor)
+{
+    const Octets input = {0x05, 0x00, 0x05, 0x00, 0x05, 0x00, 0x05, 0x00, 0x05, 0x00};
+    TestContext context;
+    RecordScan scan(context.get(), ListingLayout::Json, input.data(), 10, 100);
+    ASSERT_TRUE(scan.skipTo(3));
+    RecordStretch stretch;
+    std::vector<int64_t> ends;
+    ASSERT_TRUE(scan.next(stretch, ends, 1000, 4));
+    EXPECT_EQ(2, stretch.recordsBefore);
+    EXPECT_EQ(4, stretch.offset);
+    EXPECT_EQ(4, stretch.length);
+    EXPECT_EQ(100, stretch.origin);
+    EXPECT_FALSE(scan.next(stretch, ends, 1000, 4));
+
+    RecordScan beyond(context.get(), ListingLayout::Json, input.data(), 10, 0);
+    EXPECT_FALSE(beyond.skipTo(7));
+    EXPECT_TRUE(beyond.endedBeforeFirst());
+    EXPECT_EQ(5, beyond.recordsScanned());
+}
+
+}  // namespace
