@@ -59,6 +59,11 @@ constexpr ExtensionHelp kExtensionHelp[] = {
     {"-tags <file|name>", "show field names and readable values from a tag map in the syntax-TLV, "
                           "decomposed-TLV or JSON formats: a map file, or 3gpp-ps for the bundled 3GPP packet-switched "
                           "CDRs"},
+    {"-threads <n>", "list on n threads (1 to 256; default: one per online CPU); the listing is the same for "
+                     "every n. Standard error shows a progress line for long runs when it is a terminal and the "
+                     "listing goes elsewhere"},
+    {"-records <n>[-<m>]", "list only records n to m (n alone: that record; n-: from n on), numbered as the "
+                           "listing announces them; exit status 85 when the input ends first"},
 };
 
 constexpr size_t kNameColumn = 2;   // where the name begins

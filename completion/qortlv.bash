@@ -3,7 +3,7 @@
 # One word an option, in the order the program looks them up:
 # name:shortest-abbreviation[:what follows it]. "file" completes a file's
 # name behind the option, "byte" offers pad bytes; an option without a
-# third field takes nothing.
+# third field takes nothing; "count" takes a number, which isn't completed.
 _qortlv_options=(
     -hexadecimal:2 -decomposed:2 -syntax:2
     -binary:2:file -text:2:file -output:2:file
@@ -12,7 +12,7 @@ _qortlv_options=(
     --help:6 --version:9
     -pem:3:file -base64:3:file -json:2
     -oids:5 -oidfile:5:file -dig:4 -utf8:5
-    -diagnose:4 -check:3 -tags:3:file
+    -diagnose:4 -check:3 -tags:3:file -threads:3:count -records:3:count
 )
 
 # What follows the option that `word` abbreviates: the first row whose name
@@ -39,6 +39,9 @@ _qortlv()
     case $(_qortlv_argument_of "$previous") in
         byte)
             mapfile -t COMPREPLY < <(compgen -W "0x00 0xFF" -- "$current")
+            return 0
+            ;;
+        count)
             return 0
             ;;
         file)
