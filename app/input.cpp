@@ -5,7 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "runtime/context.h"
 #include "runtime/services.h"
@@ -14,6 +17,9 @@ namespace {
 
 constexpr size_t kLineSize = 1024;
 constexpr size_t kReadChunk = 64 * 1024;
+// readToEnd: more octets than 32-bit lengths hold.
+constexpr int kLoadTooLarge = -1;
+constexpr long kSpoolFrom = 64L << 20;
 
 // Lengths are 32-bit: what is kept of an input, spare octets and a text's
 // line room included, stays below 2 GiB.
@@ -157,9 +163,40 @@ int readToEnd(RunContext* context, std::FILE* stream, long skip, long keep, long
         const size_t got = std::fread(into, 1, room, stream);
         total += static_cast<long>(got);
         if (into != passed) block.used += got;
-        if (static_cast<long>(block.used) > limit) return LOAD_READ_FAILED;
+        if (static_cast<long>(block.used) > limit) return kLoadTooLarge;
         if (got < room) return std::ferror(stream) == 0 ? LOAD_DONE : LOAD_READ_FAILED;
     }
+}
+
+// A binary pipe longer than 32-bit lengths hold goes on into an unlinked
+// temporary file ($TMPDIR, else /tmp), which is mapped as a large file is:
+// memory holds the stretches being listed, the disk the rest.
+int spoolToFile(std::FILE* stream, const GrowingBlock& block, long keep, InputBuffer& buffer)
+{
+    const char* folder = std::getenv("TMPDIR");
+    std::string name = std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/qortlv-XXXXXX";
+    const int descriptor = mkstemp(name.data());
+    if (descriptor < 0) return LOAD_READ_FAILED;
+    unlink(name.c_str());
+    std::FILE* spool = fdopen(descriptor, "w+b");
+    if (spool == nullptr) {
+        close(descriptor);
+        return LOAD_READ_FAILED;
+    }
+    bool good = std::fwrite(block.data, 1, block.used, spool) == block.used;
+    long kept = static_cast<long>(block.used);
+    std::vector<uint8_t> chunk(kReadChunk);
+    while (good && (keep == 0 || kept < keep)) {
+        size_t room = chunk.size();
+        if (keep != 0 && keep - kept < static_cast<long>(room)) room = static_cast<size_t>(keep - kept);
+        const size_t got = std::fread(chunk.data(), 1, room, stream);
+        good = std::fwrite(chunk.data(), 1, got, spool) == got && std::ferror(stream) == 0;
+        kept += static_cast<long>(got);
+        if (got < room) break;
+    }
+    good = good && std::fflush(spool) == 0 && mapInput(spool, 0, kept, buffer);
+    std::fclose(spool);  // the mapping keeps the file until it goes
+    return good ? LOAD_DONE : LOAD_READ_FAILED;
 }
 
 int loadUnpositioned(RunContext* context, std::FILE* stream, uint32_t offset, uint32_t count, InputBuffer& buffer,
@@ -170,8 +207,13 @@ int loadUnpositioned(RunContext* context, std::FILE* stream, uint32_t offset, ui
     const long keep = text ? 0 : static_cast<long>(count);
     GrowingBlock block;
     long total = 0;
-    const int read = readToEnd(context, stream, skip, keep, largestInput(spare), spare, block, total);
+    // A long binary pipe isn't held in memory: past kSpoolFrom it goes to a file.
+    const bool spools = !text && spare == 0;
+    const long limit = spools ? kSpoolFrom : largestInput(spare);
+    const int read = readToEnd(context, stream, skip, keep, limit, spare, block, total);
     LoadBlock memory(context, block.data);
+    if (read == kLoadTooLarge && spools) return spoolToFile(stream, block, keep, buffer);
+    if (read == kLoadTooLarge) return LOAD_READ_FAILED;
     if (read != LOAD_DONE) return read;
     if (total <= 0) return LOAD_READ_FAILED;
     if (skip >= total) return LOAD_BAD_OFFSET;

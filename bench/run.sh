@@ -60,10 +60,27 @@ fi
 if command -v dumpasn1 >/dev/null; then
   row "dumpasn1 -z -e (definite)" "$definite" "$OPENSSL" dumpasn1 -z -e "$definite"
 fi
+declare -A DEFAULT
 for variant in definite headers indefinite; do
   file="$DATA/cdr-$variant-${MB}mb.ber"
   row "qortlv -hex ($variant)" "$file" "$OPENSSL" "$QORTLV" -hexadecimal "$file"
+  DEFAULT[$variant-hex]=$LAST_SECS
   row "qortlv -dec ($variant)" "$file" "$OPENSSL" "$QORTLV" -decomposed "$file"
+  DEFAULT[$variant-dec]=$LAST_SECS
   row "qortlv -syn ($variant)" "$file" "$OPENSSL" "$QORTLV" -syntax "$file"
+  DEFAULT[$variant-syn]=$LAST_SECS
   row "qortlv -json ($variant)" "$file" "$OPENSSL" "$QORTLV" -json "$file"
+  DEFAULT[$variant-json]=$LAST_SECS
+done
+
+# The same listings on one thread: the rows above use one a CPU.
+echo
+printf '%-34s %9s %12s\n' "one thread (definite)" "seconds" "speed-up"
+for layout in hex dec syn json; do
+  case $layout in
+    hex) option=-hexadecimal ;; dec) option=-decomposed ;; syn) option=-syntax ;; json) option=-json ;;
+  esac
+  read -r secs kib bytes < <(median "$QORTLV" -threads 1 $option "$definite")
+  printf '%-34s %9s %12s\n' "qortlv -$layout -threads 1" "$secs" \
+    "$(calc "$secs / (${DEFAULT[definite-$layout]} + 0.005)")x on $(nproc)"
 done

@@ -120,7 +120,7 @@ RecordScan::Step RecordScan::stepOver(int64_t& recordEnd)
 
 bool RecordScan::skipTo(long first)
 {
-    while (!finished_ && records_ + 1 < first) {
+    while (records_ + 1 < first) {
         int64_t recordEnd = 0;
         const Step step = stepOver(recordEnd);
         if (step != Step::Record) {
@@ -131,7 +131,12 @@ bool RecordScan::skipTo(long first)
         position_ = recordEnd;
         ++records_;
     }
-    return !finished_;
+    // A look at record `first` itself: the input may end in front of it.
+    int64_t recordEnd = 0;
+    pendingStep_ = stepOver(recordEnd);
+    pendingEnd_ = recordEnd;
+    pending_ = true;
+    return pendingStep_ != Step::Input;
 }
 
 void RecordScan::fillStretch(RecordStretch& stretch, int64_t begin, int64_t end, long recordsBefore) const

@@ -32,8 +32,9 @@ public:
     RecordScan(RunContext* context, ListingLayout layout, const uint8_t* input, int64_t size, int64_t origin);
 
     // Passes over the records in front of record `first` (1-based) without
-    // a stretch; false when the scan ends before (the input ends, or the
-    // scan can't step over a record: then the next stretch starts there).
+    // a stretch, on a new scan; false when the input ends in front of that
+    // record or the scan can't step over one in front of it (the next
+    // stretch then starts there).
     bool skipTo(long first);
     // The next stretch: whole records from where the last stretch ended, at
     // least one and about `target` octets, none behind record `last` (0: no

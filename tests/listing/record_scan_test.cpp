@@ -110,6 +110,15 @@ TEST(RecordScan, SkipsToARecordAndStopsBehindTheLastAskedFor)
     EXPECT_FALSE(beyond.skipTo(7));
     EXPECT_TRUE(beyond.endedBeforeFirst());
     EXPECT_EQ(5, beyond.recordsScanned());
+
+    // Record 6 would begin just where the input ends.
+    RecordScan atEnd(context.get(), ListingLayout::Hexadecimal, input.data(), 10, 0);
+    EXPECT_FALSE(atEnd.skipTo(6));
+    EXPECT_TRUE(atEnd.endedBeforeFirst());
+    RecordScan last(context.get(), ListingLayout::Hexadecimal, input.data(), 10, 0);
+    EXPECT_TRUE(last.skipTo(5));
+    ASSERT_TRUE(last.next(stretch, ends, 1000));
+    EXPECT_EQ((std::vector<int64_t>{10}), ends);
 }
 
 }  // namespace
