@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/entry.h"
+#include "fuzz/run_options.h"
 #include "runtime/output.h"
 
 namespace {
@@ -34,20 +35,10 @@ Run runWith(std::vector<const char*> args, const char* threads, const uint8_t* d
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     if (size < 2) return 0;
-    static const char* const kLayouts[] = {"-hexadecimal", "-syntax", "-decomposed", "-json"};
     static const char* const kRecords[] = {"2", "3-", "2-4", "1-1"};
     const uint8_t choice = data[0];
     const uint8_t more = data[1];
-    std::vector<const char*> args = {"qortlv", kLayouts[choice & 3]};
-    if ((choice & 4) != 0) {
-        args.push_back("-pad");
-        args.push_back((choice & 0x10) != 0 ? "0" : "0xFF");
-    }
-    if ((choice & 8) != 0) args.push_back("-noshort");
-    if ((choice & 0x20) != 0) args.push_back("-nocdrheaders");
-    if ((choice & 0x40) != 0) {
-        for (const char* meaning : {"-oids", "-dig", "-utf8"}) args.push_back(meaning);
-    }
+    std::vector<const char*> args = runOptions(choice);
     if ((choice & 0x80) != 0) args.push_back("-tags");
     if ((choice & 0x80) != 0) args.push_back("3gpp-ps");
     if ((more & 4) != 0) {
