@@ -267,6 +267,8 @@ bool StretchListing::takeJob(WorkerPool& pool, Job& job, long& from)
     if (!pool.wait(job)) return false;
     const StretchJob& work = job.work;
     qorWriteBlock(context_, work.output.data(), work.output.size());
+    // A terminal sees each stretch as it is done.
+    if (context_->outStream->terminal) qorFlush(context_);
     if (DiagnoseTally* tally = runTally(context_)) work.counts.addTo(*tally);
     if (work.stretch.length > 0) {
         outputRatio_ = 0.75 * outputRatio_ + 0.25 * static_cast<double>(work.output.size()) / work.stretch.length;
