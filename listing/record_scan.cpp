@@ -121,8 +121,9 @@ RecordScan::Step RecordScan::stepOver(int64_t& recordEnd)
 bool RecordScan::skipTo(long first)
 {
     while (records_ + 1 < first) {
-        int64_t recordEnd = 0;
-        const Step step = stepOver(recordEnd);
+        int64_t recordEnd = pendingEnd_;
+        const Step step = pending_ ? pendingStep_ : stepOver(recordEnd);
+        pending_ = false;
         if (step != Step::Record) {
             pending_ = true;
             pendingStep_ = step;
@@ -131,6 +132,7 @@ bool RecordScan::skipTo(long first)
         position_ = recordEnd;
         ++records_;
     }
+    if (pending_) return pendingStep_ != Step::Input;
     // A look at record `first` itself: the input may end in front of it.
     int64_t recordEnd = 0;
     pendingStep_ = stepOver(recordEnd);

@@ -189,6 +189,7 @@ private:
     void fillJobs(WorkerPool& pool, std::deque<std::unique_ptr<Job>>& jobs);
     bool takeJob(WorkerPool& pool, Job& job, long& from);
     void passed(int64_t offset, long records);
+    bool skipRecords();
     int finish();
 
     RunContext* context_;
@@ -307,6 +308,18 @@ void StretchListing::passed(int64_t offset, long records)
     released_ = offset;
 }
 
+// -records: the records in front of the first are stepped over by the scan
+// alone, and the pages behind it let go as it goes.
+bool StretchListing::skipRecords()
+{
+    constexpr long kStep = 1 << 16;
+    for (long first = 1 + kStep; first < plan_.firstRecord; first += kStep) {
+        if (!scan_.skipTo(first)) return false;
+        passed(scan_.position(), scan_.recordsScanned());
+    }
+    return scan_.skipTo(plan_.firstRecord);
+}
+
 int StretchListing::finish()
 {
     if (scan_.end() != ScanEnd::TooLarge) return 0;
@@ -320,7 +333,7 @@ int StretchListing::finish()
 
 int StretchListing::run()
 {
-    if (plan_.firstRecord > 1 && !scan_.skipTo(plan_.firstRecord) && scan_.endedBeforeFirst()) {
+    if (plan_.firstRecord > 1 && !skipRecords() && scan_.endedBeforeFirst()) {
         std::fprintf(stderr, "qortlv: -records: the input holds %ld records, none from #%ld on.\n",
                      scan_.recordsScanned(), plan_.firstRecord);
         return kNoSuchRecord;
