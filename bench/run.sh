@@ -82,5 +82,5 @@ for layout in hex dec syn json; do
   esac
   read -r secs kib bytes < <(median "$QORTLV" -threads 1 $option "$definite")
   printf '%-34s %9s %12s\n' "qortlv -$layout -threads 1" "$secs" \
-    "$(calc "$secs / (${DEFAULT[definite-$layout]} + 0.005)")x on $(nproc)"
+    "$(awk "BEGIN { printf \"%.2f\", $secs / (${DEFAULT[definite-$layout]} + 0.005) }")x on $(nproc)"
 done

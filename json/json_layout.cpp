@@ -209,7 +209,7 @@ void JsonWalk::closeRecord()
 {
     writeJsonLiteral(context_, "}\n");
     recordOpen_ = false;
-    qorRecordDone(context_);
+    qorRecordDone(context_, levels_[0].element);
 }
 
 // Opens the level below `level` on `count` octets at `inside`, whose array

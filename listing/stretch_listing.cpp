@@ -24,6 +24,18 @@ constexpr int64_t kLargestJob = 128 << 10;          // a worker's stretch
 constexpr int64_t kLargestInOrder = 8 << 20;        // a stretch the listing walks itself
 constexpr int64_t kReleaseEvery = 32 << 20;         // pages behind the listing let go this often
 
+// The pages of a mapped input in front of `offset` are let go: what lies
+// behind the listing is read no more (and would come back from the file if
+// it were).
+void releaseBehind(const ListingInput& input, int64_t offset)
+{
+    if (input.mapBase == nullptr) return;
+    const auto base = reinterpret_cast<uintptr_t>(input.mapBase);
+    const auto page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+    const uintptr_t end = (reinterpret_cast<uintptr_t>(input.data) + static_cast<uintptr_t>(offset)) / page * page;
+    if (end > base) madvise(input.mapBase, end - base, MADV_DONTNEED);
+}
+
 // -records: the listing has come behind the last record asked for.
 struct SelectionDone {};
 
@@ -123,9 +135,10 @@ private:
 // behind the last one.
 class InOrderWatch final : public RecordWatch {
 public:
-    InOrderWatch(RunContext* context, const ListingPlan& plan, const RecordStretch& stretch, ProgressLine& progress)
-        : context_(context), plan_(plan), listed_(stretch.recordsBefore), progress_(progress),
-          start_(stretch.offset), saved_(context->recordWatch), listing_(context->outStream)
+    InOrderWatch(RunContext* context, const ListingInput& input, const ListingPlan& plan,
+                 const RecordStretch& stretch, ProgressLine& progress)
+        : context_(context), input_(input), plan_(plan), listed_(stretch.recordsBefore), progress_(progress),
+          released_(stretch.offset), saved_(context->recordWatch), listing_(context->outStream)
     {
         context->recordWatch = this;
         if (listed_ + 1 < plan.firstRecord) {
@@ -144,7 +157,7 @@ public:
     InOrderWatch(const InOrderWatch&) = delete;
     InOrderWatch& operator=(const InOrderWatch&) = delete;
 
-    void recordDone(RunContext* context) override
+    void recordDone(RunContext* context, const uint8_t* record) override
     {
         ++listed_;
         if (context->outStream == discard_ && discard_ != nullptr) {
@@ -152,16 +165,22 @@ public:
             discarded_.clear();
             if (listed_ + 1 >= plan_.firstRecord) context->outStream = listing_;
         }
-        progress_.update(listed_, start_);
+        const int64_t offset = record != nullptr ? record - input_.data : released_;
+        progress_.update(listed_, offset);
+        if (offset - released_ >= kReleaseEvery) {
+            releaseBehind(input_, offset);
+            released_ = offset;
+        }
         if (plan_.lastRecord != 0 && listed_ >= plan_.lastRecord) throw SelectionDone{};
     }
 
 private:
     RunContext* context_;
+    const ListingInput& input_;
     const ListingPlan& plan_;
     long listed_;
     ProgressLine& progress_;
-    int64_t start_;
+    int64_t released_;  // pages in front of this offset are let go
     RecordWatch* saved_;
     OutStream* listing_;
     OutStream* discard_ = nullptr;
@@ -220,7 +239,7 @@ int64_t StretchListing::inOrderOctets() const
 
 bool StretchListing::walkInOrder(const RecordStretch& stretch)
 {
-    InOrderWatch watch(context_, plan_, stretch, progress_);
+    InOrderWatch watch(context_, input_, plan_, stretch, progress_);
     try {
         return listStretch(context_, plan_.layout, stretch);
     } catch (const SelectionDone&) {
@@ -300,11 +319,8 @@ RecordStretch restOf(const StretchJob& work, long from)
 void StretchListing::passed(int64_t offset, long records)
 {
     progress_.update(records, offset);
-    if (input_.mapBase == nullptr || offset - released_ < kReleaseEvery) return;
-    const auto base = reinterpret_cast<uintptr_t>(input_.mapBase);
-    const auto page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
-    const uintptr_t end = (reinterpret_cast<uintptr_t>(input_.data) + static_cast<uintptr_t>(offset)) / page * page;
-    if (end > base) madvise(input_.mapBase, end - base, MADV_DONTNEED);
+    if (offset - released_ < kReleaseEvery) return;
+    releaseBehind(input_, offset);
     released_ = offset;
 }
 

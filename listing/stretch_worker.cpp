@@ -69,7 +69,7 @@ StretchWorker::~StretchWorker()
     outStreamRelease(stream_);
 }
 
-void StretchWorker::recordDone(RunContext* context)
+void StretchWorker::recordDone(RunContext* context, const uint8_t*)
 {
     // A failed value's mark stays on the records behind it: the listing
     // takes over at this record.

@@ -48,7 +48,7 @@ public:
 
     bool ready() const { return started_; }
     void list(ListingLayout layout, StretchJob& job);
-    void recordDone(RunContext* context) override;
+    void recordDone(RunContext* context, const uint8_t* record) override;
 
 private:
     RunContext context_{};

@@ -69,11 +69,12 @@ struct ToolJump {
     int value;
 };
 
-// Told of the end of every top-level record while a layout lists; a listing
-// in stretches keeps its place by it.
+// Told of the end of every top-level record while a layout lists, with
+// where the record's element begins; a listing in stretches keeps its place
+// by it.
 class RecordWatch {
 public:
-    virtual void recordDone(RunContext* context) = 0;
+    virtual void recordDone(RunContext* context, const uint8_t* record) = 0;
 
 protected:
     ~RecordWatch() = default;

@@ -238,9 +238,9 @@ void qorWriteBlock(RunContext* context, const char* text, size_t length)
     append(context->outStream, text, length);
 }
 
-void qorRecordDone(RunContext* context)
+void qorRecordDone(RunContext* context, const uint8_t* record)
 {
-    if (context->recordWatch != nullptr) context->recordWatch->recordDone(context);
+    if (context->recordWatch != nullptr) context->recordWatch->recordDone(context, record);
     if (context->outStream->terminal) drain(context->outStream);
 }
 

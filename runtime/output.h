@@ -94,7 +94,8 @@ inline size_t qorBuffered(const RunContext* context)
     return context->outStream->used;
 }
 // At the end of a record: flushes when the output is a terminal.
-void qorRecordDone(RunContext* context);
+// `record` is where the record's element begins.
+void qorRecordDone(RunContext* context, const uint8_t* record);
 
 int openOutputFile(RunContext* context, const char* path);
 int closeOutputFile(RunContext* context);

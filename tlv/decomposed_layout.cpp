@@ -126,7 +126,7 @@ void walkPdus(RunContext* context, const RecordStretch& stretch, int32_t& count)
         long offset = 0;
         const uint8_t* next = walkElement(context, element, count, offset, 1, true);
         ++listed;
-        qorRecordDone(context);
+        qorRecordDone(context, element);
         if (next == nullptr) return;
         element = next;
     }

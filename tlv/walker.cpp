@@ -264,7 +264,7 @@ void walkFrom(RunContext* context, const uint8_t* first, int32_t& total, int top
                     endOfContentsFollows(context, level->inside + level->contentsLength)) {
                     printEndOfContents(context, depth);
                 }
-                if (depth == 0) qorRecordDone(context);
+                if (depth == 0) qorRecordDone(context, level->element);
                 const uint8_t* next = nextElementOf(context, level->read, level->count);
                 if (next != nullptr && level->count != 0) {
                     level->element = next;
