@@ -220,7 +220,7 @@ private:
     bool parallel_ = false;
     int64_t released_ = 0;
     double outputRatio_ = 4.0;  // listing octets an input octet, as found so far
-    std::vector<std::string> spare_;  // output buffers written out, for the next jobs
+    std::vector<GrownText> spare_;  // output buffers written out, for the next jobs
 };
 
 int64_t StretchListing::jobOctets() const
@@ -272,6 +272,7 @@ void StretchListing::fillJobs(WorkerPool& pool, std::deque<std::unique_ptr<Job>>
                 job->work.output = std::move(spare_.back());
                 spare_.pop_back();
             }
+            job->work.output.size = 0;
             job->work.output.reserve(static_cast<size_t>(outputRatio_ * job->work.stretch.length * 1.1) + 4096);
             pool.give(*job);
         }
@@ -286,16 +287,15 @@ bool StretchListing::takeJob(WorkerPool& pool, Job& job, long& from)
     from = 0;
     if (!pool.wait(job)) return false;
     const StretchJob& work = job.work;
-    qorWriteBlock(context_, work.output.data(), work.output.size());
+    qorWriteBlock(context_, work.output.data.get(), work.output.size);
     // A terminal sees each stretch as it is done.
     if (context_->outStream->terminal) qorFlush(context_);
     if (DiagnoseTally* tally = runTally(context_)) work.counts.addTo(*tally);
     if (work.stretch.length > 0) {
-        outputRatio_ = 0.75 * outputRatio_ + 0.25 * static_cast<double>(work.output.size()) / work.stretch.length;
+        outputRatio_ = 0.75 * outputRatio_ + 0.25 * static_cast<double>(work.output.size) / work.stretch.length;
     }
     from = work.cleanRecords;
     const bool whole = work.whole;
-    job.work.output.clear();
     spare_.push_back(std::move(job.work.output));
     return whole;
 }

@@ -81,7 +81,7 @@ void StretchWorker::recordDone(RunContext* context, const uint8_t*)
     earlierBytes_ = job_->cleanBytes;
     earlierCounts_ = job_->counts;
     ++job_->cleanRecords;
-    job_->cleanBytes = job_->output.size() + stream_->used;
+    job_->cleanBytes = stream_->used;
     job_->counts = RecordCounts::of(tally_);
 }
 
@@ -98,8 +98,7 @@ void StretchWorker::list(ListingLayout layout, StretchJob& job)
     context_.toolFlags = flags_;
     context_.state->lastError = 0;
     context_.state->stateFlags &= ~STATE_STRETCH_FAULT;
-    stream_->sink = &job.output;
-    stream_->used = 0;
+    growInto(stream_, &job.output);
     try {
         const bool through = listStretch(&context_, layout, job.stretch);
         job.whole = through && job.cleanRecords == static_cast<long>(job.recordEnds.size());
@@ -112,8 +111,7 @@ void StretchWorker::list(ListingLayout layout, StretchJob& job)
     } catch (const ToolJump&) {
         job.whole = false;
     }
-    qorFlush(&context_);
-    job.output.resize(job.whole ? job.output.size() : job.cleanBytes);
-    stream_->sink = nullptr;
+    if (!job.whole) stream_->used = job.cleanBytes;
+    endGrowth(stream_);
     job_ = nullptr;
 }

@@ -14,6 +14,7 @@
 #include "listing/record_scan.h"
 #include "runtime/context.h"
 #include "runtime/extensions.h"
+#include "runtime/output.h"
 
 // What a run's tally counts of listed records, besides reports.
 struct RecordCounts {
@@ -30,7 +31,7 @@ struct StretchJob {
     RecordStretch stretch;
     std::vector<int64_t> recordEnds;  // where each record's element ends, in the input
     // What the worker made of it.
-    std::string output;
+    GrownText output;
     long cleanRecords = 0;  // records listed whole, from the first on
     size_t cleanBytes = 0;  // the output of those records
     RecordCounts counts;    // and their counts

@@ -23,8 +23,19 @@ void writeOut(OutStream* stream, const char* text, size_t length)
     }
 }
 
+// A grown text takes at least `wanted` characters more.
+void grow(OutStream* stream, size_t wanted)
+{
+    GrownText& text = *stream->grown;
+    text.size = stream->used;
+    text.reserve(stream->used + wanted);
+    stream->buffer = text.data.get();
+    stream->capacity = text.capacity;
+}
+
 void drain(OutStream* stream)
 {
+    if (stream->grown != nullptr) return;  // it stays where it was written
     writeOut(stream, stream->buffer, stream->used);
     stream->used = 0;
     if (stream->file != nullptr && !stream->failed && std::fflush(stream->file) != 0) stream->failed = true;
@@ -32,9 +43,10 @@ void drain(OutStream* stream)
 
 void append(OutStream* stream, const char* text, size_t length)
 {
-    if (stream->used + length > OutStream::kCapacity) {
+    if (stream->used + length > stream->capacity && stream->grown != nullptr) grow(stream, length);
+    if (stream->used + length > stream->capacity) {
         drain(stream);
-        if (length > OutStream::kCapacity) {
+        if (length > stream->capacity) {
             writeOut(stream, text, length);
             return;
         }
@@ -84,7 +96,10 @@ OutStream* outStreamForFile(std::FILE* file, bool ownsFile)
     stream->ownsFile = ownsFile;
     stream->terminal = isatty(fileno(file)) != 0;
     stream->failed = false;
+    stream->grown = nullptr;
     stream->used = 0;
+    stream->capacity = OutStream::kCapacity;
+    stream->buffer = stream->storage;
     return stream;
 }
 
@@ -97,8 +112,43 @@ OutStream* outStreamForSink(std::string* sink)
     stream->ownsFile = false;
     stream->terminal = false;
     stream->failed = false;
+    stream->grown = nullptr;
     stream->used = 0;
+    stream->capacity = OutStream::kCapacity;
+    stream->buffer = stream->storage;
     return stream;
+}
+
+void GrownText::reserve(size_t wanted)
+{
+    if (wanted <= capacity) return;
+    size_t larger = capacity < 4096 ? 4096 : 2 * capacity;
+    while (larger < wanted) larger *= 2;
+    std::unique_ptr<char[]> more(new char[larger]);
+    if (size != 0) std::memcpy(more.get(), data.get(), size);
+    data = std::move(more);
+    capacity = larger;
+}
+
+void growInto(OutStream* stream, GrownText* text)
+{
+    drain(stream);
+    stream->grown = text;
+    stream->used = 0;
+    text->size = 0;
+    text->reserve(4096);
+    stream->buffer = text->data.get();
+    stream->capacity = text->capacity;
+}
+
+void endGrowth(OutStream* stream)
+{
+    if (stream->grown == nullptr) return;
+    stream->grown->size = stream->used;
+    stream->grown = nullptr;
+    stream->used = 0;
+    stream->capacity = OutStream::kCapacity;
+    stream->buffer = stream->storage;
 }
 
 bool outStreamRelease(OutStream* stream)
@@ -126,7 +176,7 @@ int qorPrintV(RunContext* context, const char* format, va_list args)
     }
     va_list again;
     va_copy(again, args);
-    size_t room = OutStream::kCapacity - stream->used;
+    size_t room = stream->capacity - stream->used;
     int count = std::vsnprintf(stream->buffer + stream->used, room, format, args);
     if (count >= 0 && static_cast<size_t>(count) < room) {
         stream->used += static_cast<size_t>(count);
@@ -157,9 +207,10 @@ int qorWriteSlow(RunContext* context, const char* text, size_t length)
 
 char* qorReserveSlow(RunContext* context, size_t length)
 {
-    if (overridden(context) || length > OutStream::kCapacity) return nullptr;
     OutStream* stream = context->outStream;
-    if (stream->used + length > OutStream::kCapacity) drain(stream);
+    if (overridden(context) || (length > OutStream::kCapacity && stream->grown == nullptr)) return nullptr;
+    if (stream->used + length > stream->capacity && stream->grown != nullptr) grow(stream, length);
+    if (stream->used + length > stream->capacity) drain(stream);
     char* room = stream->buffer + stream->used;
     stream->used += length;
     return room;

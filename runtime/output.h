@@ -9,9 +9,20 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "runtime/context.h"
+
+// Characters a stream writes in place of its own buffer (growInto): not
+// cleared when they grow, unlike a string's.
+struct GrownText {
+    std::unique_ptr<char[]> data;
+    size_t capacity = 0;
+    size_t size = 0;  // what was written, once the growth ended
+
+    void reserve(size_t wanted);
+};
 
 struct OutStream {
     static constexpr size_t kCapacity = 64 * 1024;
@@ -21,13 +32,22 @@ struct OutStream {
     bool ownsFile;       // closed by closeOutputFile / qorStopContext
     bool terminal;       // flush at the end of every record
     bool failed;         // a write failed: what follows is dropped, the release reports it
+    // A text that the buffer is, growing instead of being written out (a
+    // worker's listing of a stretch, handed over whole); null: none.
+    GrownText* grown;
     size_t used;
-    char buffer[kCapacity];
+    size_t capacity;     // of `buffer`
+    char* buffer;        // `storage`, or the grown text's characters
+    char storage[kCapacity];
 };
 
 // Streams for the entry and for in-process runs.
 OutStream* outStreamForFile(std::FILE* file, bool ownsFile);
 OutStream* outStreamForSink(std::string* sink);
+// The stream's buffer becomes `text` (cleared), which grows as the stream
+// is written; endGrowth leaves in it what was written.
+void growInto(OutStream* stream, GrownText* text);
+void endGrowth(OutStream* stream);
 // Writes out what is buffered; closes the file if owned; frees the stream.
 // Returns false when a write on the way, or closing, failed.
 bool outStreamRelease(OutStream* stream);
@@ -39,7 +59,7 @@ int qorWriteSlow(RunContext* context, const char* text, size_t length);
 inline int qorWrite(RunContext* context, const char* text, size_t length)
 {
     OutStream* stream = context->outStream;
-    if (context->printOverride == nullptr && stream->used + length <= OutStream::kCapacity) {
+    if (context->printOverride == nullptr && stream->used + length <= stream->capacity) {
         std::memcpy(stream->buffer + stream->used, text, length);
         stream->used += length;
         return static_cast<int>(length);
@@ -53,7 +73,7 @@ char* qorReserveSlow(RunContext* context, size_t length);
 inline char* qorReserve(RunContext* context, size_t length)
 {
     OutStream* stream = context->outStream;
-    if (context->printOverride == nullptr && stream->used + length <= OutStream::kCapacity) {
+    if (context->printOverride == nullptr && stream->used + length <= stream->capacity) {
         char* room = stream->buffer + stream->used;
         stream->used += length;
         return room;
@@ -72,7 +92,7 @@ inline int qorBlanks(RunContext* context, int width)
 {
     if (width < 0) width = -width;
     OutStream* stream = context->outStream;
-    if (context->printOverride == nullptr && stream->used + static_cast<size_t>(width) <= OutStream::kCapacity) {
+    if (context->printOverride == nullptr && stream->used + static_cast<size_t>(width) <= stream->capacity) {
         std::memset(stream->buffer + stream->used, ' ', static_cast<size_t>(width));
         stream->used += static_cast<size_t>(width);
         return width;
