@@ -39,6 +39,47 @@ private:
     int32_t lastError_;
 };
 
+}  // namespace
+
+const uint8_t* plainEndOfContents(const uint8_t* at, const uint8_t* end)
+{
+    long open = 1;
+    while (end - at >= 2) {
+        if (at[0] == 0 && at[1] == 0) {
+            at += 2;
+            if (--open == 0) return at;
+            continue;
+        }
+        const uint8_t* cursor = at + 1;
+        if ((at[0] & HIGH_TAG_MASK) == HIGH_TAG_MASK) {
+            const uint8_t* last = cursor + 5 < end ? cursor + 5 : end;
+            while (cursor < last && (*cursor & 0x80) != 0) ++cursor;
+            if (cursor >= last) return nullptr;
+            ++cursor;
+        }
+        if (cursor >= end) return nullptr;
+        const uint8_t first = *cursor++;
+        int64_t length = first;
+        if (first == 0x80) {
+            ++open;
+            at = cursor;
+            continue;
+        }
+        if (first > 0x80) {
+            const int octets = first & 0x7F;
+            if (octets > 4 || end - cursor < octets) return nullptr;
+            length = 0;
+            for (int i = 0; i < octets; ++i) length = (length << 8) | *cursor++;
+        }
+        // The walk's step runs to the end of the contents here: it decides.
+        if (length >= end - cursor) return nullptr;
+        at = cursor + length;
+    }
+    return nullptr;
+}
+
+namespace {
+
 int32_t walkable(int64_t octets)
 {
     return octets > kLargestStretch ? static_cast<int32_t>(kLargestStretch) : static_cast<int32_t>(octets);
@@ -67,6 +108,14 @@ RecordScan::Step RecordScan::stepOverElement(const uint8_t* at, int64_t remainin
         return Step::Fault;
     }
     if (element.lengthOverruns()) return wide ? Step::TooLarge : Step::Fault;
+    if (element.indefinite()) {
+        const OctetView contents = element.behindHeader();
+        const uint8_t* end = plainEndOfContents(contents.data(), contents.data() + contents.size());
+        if (end != nullptr) {
+            recordEnd = end - input_;
+            return Step::Record;
+        }
+    }
     int32_t behind = count;
     bool met = false;
     try {

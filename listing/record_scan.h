@@ -26,6 +26,15 @@ enum class ScanEnd {
                // the most a walk can hold; nothing behind it can be listed
 };
 
+// Where an indefinite-length element ends, for contents from `at` to `end`
+// whose every header is of the plain kinds (identifier octets that end, a
+// length in up to four octets or indefinite, every element within the
+// contents): behind the end-of-contents that closes it. Null for anything
+// else, which the walk's own step decides instead. On such contents the
+// walk steps exactly so: over an end-of-contents, into an indefinite
+// element, over a definite one.
+const uint8_t* plainEndOfContents(const uint8_t* at, const uint8_t* end);
+
 class RecordScan {
 public:
     // `input` holds `size` octets; `origin` is where it stands in its file.

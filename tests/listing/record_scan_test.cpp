@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
 #include "tests/test_context.h"
+#include "tlv/reader.h"
 
 namespace {
 
@@ -122,3 +124,48 @@ TEST(RecordScan, SkipsToARecordAndStopsBehindTheLastAskedFor)
 }
 
 }  // namespace
+
+namespace {
+
+// Contents of BER-like pieces: end-of-contents, indefinite and definite
+// headers, short and long lengths, high tag numbers, stray octets.
+Octets randomContents(std::mt19937& random)
+{
+    static const Octets kPieces[] = {{0x00, 0x00}, {0x30, 0x80}, {0x24, 0x80}, {0x04, 0x01, 0xAA},
+                                     {0x02, 0x00}, {0x04, 0x81, 0x02, 0x01, 0x02}, {0x1F, 0x81, 0x00, 0x00},
+                                     {0x9F, 0x22, 0x01, 0x07}, {0x00}, {0x04}, {0x30, 0x03}, {0x84, 0x85},
+                                     {0x00, 0x01, 0x00}, {0x30, 0x82, 0x00, 0x02, 0x05, 0x00}, {0x04, 0x7F}};
+    Octets out;
+    const int count = static_cast<int>(random() % 24);
+    for (int i = 0; i < count; ++i) {
+        const Octets& piece = kPieces[random() % (sizeof kPieces / sizeof kPieces[0])];
+        out.insert(out.end(), piece.begin(), piece.end());
+    }
+    return out;
+}
+
+}  // namespace
+
+// Where the plain step finds an end, the walk's own step finds the same one,
+// and meets nothing on the way.
+TEST(RecordScan, PlainEndOfContentsAgreesWithTheWalk)
+{
+    std::mt19937 random(20261123);
+    int found = 0;
+    for (int round = 0; round < 20000; ++round) {
+        const Octets contents = randomContents(random);
+        const uint8_t* plain = plainEndOfContents(contents.data(), contents.data() + contents.size());
+        if (plain == nullptr) continue;
+        ++found;
+        // The contents inside an indefinite SEQUENCE, a NULL behind it.
+        Octets element = {0x30, 0x80};
+        element.insert(element.end(), contents.begin(), contents.end());
+        element.insert(element.end(), {0x05, 0x00});
+        TestContext context;
+        auto count = static_cast<int32_t>(element.size());
+        const uint8_t* next = nextElement(context.get(), element.data(), count);
+        EXPECT_EQ(element.data() + 2 + (plain - contents.data()), next) << round;
+        EXPECT_EQ(0, context.lastError()) << round;
+    }
+    EXPECT_GT(found, 1000);
+}
