@@ -57,11 +57,13 @@ StretchWorker::StretchWorker(const RunContext& listing)
     if (listing.extensions != nullptr) extensions_ = *listing.extensions;
     extensions_.tally = &tally_;
     context_.extensions = &extensions_;
+    ends_ = std::make_unique<EndCacheScope>(&context_);
 }
 
 StretchWorker::~StretchWorker()
 {
     if (!started_) return;
+    ends_.reset();
     // Without a sink the stop's flush writes nothing.
     stream_->sink = nullptr;
     context_.outStream = stream_;

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@
 #include "runtime/context.h"
 #include "runtime/extensions.h"
 #include "runtime/output.h"
+#include "tlv/end_cache.h"
 
 // What a run's tally counts of listed records, besides reports.
 struct RecordCounts {
@@ -58,6 +60,8 @@ private:
     RunExtensions extensions_;
     DiagnoseTally tally_;
     OutStream* stream_ = nullptr;
+    // One cache of element ends for all the stretches, cleared for each.
+    std::unique_ptr<EndCacheScope> ends_;
     StretchJob* job_ = nullptr;
     // The record in front of the last one listed clean: a walk that ends
     // early is handed back from there.

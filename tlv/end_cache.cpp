@@ -17,6 +17,10 @@ EndCache::Slot* slotOf(EndCache* cache, const uint8_t* contents)
 
 EndCacheScope::EndCacheScope(RunContext* context) : context_(context), saved_(context->endCache)
 {
+    if (saved_ != nullptr) {
+        clearEndCache(context);
+        return;
+    }
     // Without memory for it the walk only goes slower.
     auto* cache = static_cast<EndCache*>(qorAlloc(context, sizeof(EndCache)));
     if (cache != nullptr) std::memset(static_cast<void*>(cache), 0, sizeof(EndCache));
@@ -25,6 +29,7 @@ EndCacheScope::EndCacheScope(RunContext* context) : context_(context), saved_(co
 
 EndCacheScope::~EndCacheScope()
 {
+    if (saved_ != nullptr) return;
     if (context_->endCache != nullptr) qorFree(context_, static_cast<void*>(context_->endCache->marks));
     qorFree(context_, context_->endCache);
     context_->endCache = saved_;
@@ -34,14 +39,16 @@ void clearEndCache(RunContext* context)
 {
     EndCache* cache = context->endCache;
     if (cache == nullptr) return;
-    std::memset(cache->slots, 0, sizeof cache->slots);
+    if (cache->written) std::memset(cache->slots, 0, sizeof cache->slots);
     cache->markCount = 0;
     cache->marksLost = false;
+    cache->written = false;
 }
 
 void rememberEnd(RunContext* context, const uint8_t* contents, const uint8_t* end)
 {
     if (context->endCache == nullptr) return;
+    context->endCache->written = true;
     *slotOf(context->endCache, contents) = {contents, end, end, 0, 0};
 }
 
@@ -49,6 +56,7 @@ void rememberNoEnd(RunContext* context, const uint8_t* contents, const uint8_t* 
 {
     EndCache* cache = context->endCache;
     if (cache == nullptr) return;
+    cache->written = true;
     *slotOf(cache, contents) = {contents, nullptr, limit, firstMark, cache->markCount};
 }
 

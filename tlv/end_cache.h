@@ -36,9 +36,12 @@ struct EndCache {
     size_t markCount;
     size_t markCapacity;
     bool marksLost;                   // memory ran out: failures aren't served any more
+    bool written;                     // anything remembered since the last clearing
 };
 
-// Creates the cache of a layout's run and takes it away again.
+// Creates the cache of a layout's run and takes it away again. Within the
+// scope of another (a worker's, that lists one stretch after another) it
+// clears that one instead, which is what a new one would be.
 class EndCacheScope {
 public:
     explicit EndCacheScope(RunContext* context);
