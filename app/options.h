@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "app/messages.h"
+#include "app/number_arguments.h"
 
 struct RunContext;
 struct DriverState;
@@ -36,19 +37,6 @@ uint32_t parseDecimal(const char* text, size_t count, RunContext* context, int e
 
 // The exit status of a bad argument to -threads or -records.
 constexpr int kListingArgumentStatus = 86;
-
-// A decimal number of any length in 64 bits, UINT64_MAX when larger; the
-// characters are digits.
-uint64_t wideDecimal(const char* text, size_t count);
-// A whole argument of 1 to 18 digits.
-bool parseCount(const char* text, uint64_t& value);
-
-// -records: n, n-m or n- (to the last record); first from 1, last 0 for no end.
-struct RecordRange {
-    long first = 1;
-    long last = 0;
-};
-bool parseRecordRange(const char* text, RecordRange& range);
 
 // The driver message of an index from 1 to 15.
 const char* driverMessage(int index);

@@ -3,18 +3,16 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <condition_variable>
 #include <cstdio>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "diagnose/tally.h"
 #include "listing/progress.h"
 #include "listing/stretch_worker.h"
+#include "listing/worker_pool.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 
@@ -38,96 +36,6 @@ void releaseBehind(const ListingInput& input, int64_t offset)
 
 // -records: the listing has come behind the last record asked for.
 struct SelectionDone {};
-
-struct Job {
-    StretchJob work;
-    bool tail = false;   // walked by the listing itself, last
-    bool given = false;  // handed to the workers
-    bool taken = false;  // a worker began it
-    bool done = false;
-};
-
-// Worker threads that list the stretches given to them, in any order; the
-// listing waits for each in order.
-class WorkerPool {
-public:
-    WorkerPool(const RunContext& listing, ListingLayout layout, int threads) : layout_(layout)
-    {
-        // The workers copy the listing's settings here, before any thread runs.
-        for (int i = 0; i < threads; ++i) workers_.push_back(std::make_unique<StretchWorker>(listing));
-        for (auto& worker : workers_) threads_.emplace_back([this, w = worker.get()] { serve(*w); });
-    }
-    ~WorkerPool()
-    {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            stopping_ = true;
-            queue_.clear();
-        }
-        work_.notify_all();
-        for (std::thread& thread : threads_) thread.join();
-    }
-    WorkerPool(const WorkerPool&) = delete;
-    WorkerPool& operator=(const WorkerPool&) = delete;
-
-    void give(Job& job)
-    {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            job.given = true;
-            queue_.push_back(&job);
-        }
-        work_.notify_one();
-    }
-    // Waits until the job is done; true when a worker listed it.
-    bool wait(Job& job)
-    {
-        std::unique_lock<std::mutex> lock(mutex_);
-        if (!job.given) return false;
-        done_.wait(lock, [&] { return job.done || (!job.taken && stopping_); });
-        return job.done;
-    }
-    // Jobs not begun are no longer given to a worker; those begun end.
-    void stop()
-    {
-        std::unique_lock<std::mutex> lock(mutex_);
-        for (Job* job : queue_) job->given = false;
-        queue_.clear();
-        stopping_ = true;
-        work_.notify_all();
-    }
-
-private:
-    void serve(StretchWorker& worker)
-    {
-        while (true) {
-            Job* job = nullptr;
-            {
-                std::unique_lock<std::mutex> lock(mutex_);
-                work_.wait(lock, [&] { return stopping_ || !queue_.empty(); });
-                if (queue_.empty()) return;
-                job = queue_.front();
-                queue_.pop_front();
-                job->taken = true;
-            }
-            if (worker.ready()) worker.list(layout_, job->work);
-            {
-                std::lock_guard<std::mutex> lock(mutex_);
-                job->done = true;
-            }
-            done_.notify_all();
-        }
-    }
-
-    ListingLayout layout_;
-    std::mutex mutex_;
-    std::condition_variable work_;
-    std::condition_variable done_;
-    std::deque<Job*> queue_;
-    bool stopping_ = false;
-    std::vector<std::unique_ptr<StretchWorker>> workers_;
-    std::vector<std::thread> threads_;
-};
 
 // The listing's own walk of a stretch: counts the records for -records and
 // the progress line. Records in front of the first one asked for are
@@ -204,9 +112,9 @@ private:
     int64_t jobOctets() const;
     int64_t inOrderOctets() const;
     bool walkInOrder(const RecordStretch& stretch);
-    bool scanNext(Job& job, int64_t octets);
-    void fillJobs(WorkerPool& pool, std::deque<std::unique_ptr<Job>>& jobs);
-    bool takeJob(WorkerPool& pool, Job& job, long& from);
+    bool scanNext(ListingJob& job, int64_t octets);
+    void fillJobs(WorkerPool& pool, std::deque<std::unique_ptr<ListingJob>>& jobs);
+    bool takeJob(WorkerPool& pool, ListingJob& job, long& from);
     void passed(int64_t offset, long records);
     bool skipRecords();
     int finish();
@@ -247,7 +155,7 @@ bool StretchListing::walkInOrder(const RecordStretch& stretch)
     }
 }
 
-bool StretchListing::scanNext(Job& job, int64_t octets)
+bool StretchListing::scanNext(ListingJob& job, int64_t octets)
 {
     if (!scanning_) return false;
     if (!scan_.next(job.work.stretch, job.work.recordEnds, octets, plan_.lastRecord)) {
@@ -259,11 +167,11 @@ bool StretchListing::scanNext(Job& job, int64_t octets)
     return true;
 }
 
-void StretchListing::fillJobs(WorkerPool& pool, std::deque<std::unique_ptr<Job>>& jobs)
+void StretchListing::fillJobs(WorkerPool& pool, std::deque<std::unique_ptr<ListingJob>>& jobs)
 {
     const size_t inFlight = 2 * static_cast<size_t>(plan_.threads);
     while (parallel_ && jobs.size() < inFlight && (jobs.empty() || !jobs.back()->tail)) {
-        auto job = std::make_unique<Job>();
+        auto job = std::make_unique<ListingJob>();
         if (!scanNext(*job, jobOctets())) return;
         if (!job->tail) {
             // A buffer a worker filled before, pages and all: fresh memory
@@ -282,7 +190,7 @@ void StretchListing::fillJobs(WorkerPool& pool, std::deque<std::unique_ptr<Job>>
 
 // Writes what a worker made of the job; false when the listing must go on
 // with it itself, from its record `from` (0-based) on.
-bool StretchListing::takeJob(WorkerPool& pool, Job& job, long& from)
+bool StretchListing::takeJob(WorkerPool& pool, ListingJob& job, long& from)
 {
     from = 0;
     if (!pool.wait(job)) return false;
@@ -355,17 +263,17 @@ int StretchListing::run()
         return kNoSuchRecord;
     }
     parallel_ = plan_.threads > 1;
-    std::deque<std::unique_ptr<Job>> jobs;
+    std::deque<std::unique_ptr<ListingJob>> jobs;
     std::unique_ptr<WorkerPool> pool;
     if (parallel_) pool = std::make_unique<WorkerPool>(*context_, plan_.layout, plan_.threads);
     while (true) {
         if (parallel_) fillJobs(*pool, jobs);
-        std::unique_ptr<Job> job;
+        std::unique_ptr<ListingJob> job;
         if (!jobs.empty()) {
             job = std::move(jobs.front());
             jobs.pop_front();
         } else {
-            job = std::make_unique<Job>();
+            job = std::make_unique<ListingJob>();
             if (!scanNext(*job, inOrderOctets())) break;
         }
         const StretchJob& work = job->work;
