@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -171,30 +172,48 @@ int readToEnd(RunContext* context, std::FILE* stream, long skip, long keep, long
 // A binary pipe longer than 32-bit lengths hold goes on into an unlinked
 // temporary file ($TMPDIR, else /tmp), which is mapped as a large file is:
 // memory holds the stretches being listed, the disk the rest.
+// Why a pipe can't be listed: its temporary file can't be made or written.
+int spoolFailed(const std::string& folder)
+{
+    std::fprintf(stderr,
+                 "qortlv: a pipe longer than %ld MiB goes on into a temporary file in %s ($TMPDIR), which "
+                 "couldn't be written: %s.\n",
+                 kSpoolFrom >> 20, folder.c_str(), std::strerror(errno));
+    return LOAD_READ_FAILED;
+}
+
 int spoolToFile(std::FILE* stream, const GrowingBlock& block, long keep, InputBuffer& buffer)
 {
-    const char* folder = std::getenv("TMPDIR");
-    std::string name = std::string(folder != nullptr && *folder != '\0' ? folder : "/tmp") + "/qortlv-XXXXXX";
+    const char* tmpdir = std::getenv("TMPDIR");
+    const std::string folder = tmpdir != nullptr && *tmpdir != '\0' ? tmpdir : "/tmp";
+    std::string name = folder + "/qortlv-XXXXXX";
     const int descriptor = mkstemp(name.data());
-    if (descriptor < 0) return LOAD_READ_FAILED;
+    if (descriptor < 0) return spoolFailed(folder);
     unlink(name.c_str());
     std::FILE* spool = fdopen(descriptor, "w+b");
     if (spool == nullptr) {
         close(descriptor);
-        return LOAD_READ_FAILED;
+        return spoolFailed(folder);
     }
     bool good = std::fwrite(block.data, 1, block.used, spool) == block.used;
     long kept = static_cast<long>(block.used);
     std::vector<uint8_t> chunk(kReadChunk);
+    bool readFailed = false;
     while (good && (keep == 0 || kept < keep)) {
         size_t room = chunk.size();
         if (keep != 0 && keep - kept < static_cast<long>(room)) room = static_cast<size_t>(keep - kept);
         const size_t got = std::fread(chunk.data(), 1, room, stream);
-        good = std::fwrite(chunk.data(), 1, got, spool) == got && std::ferror(stream) == 0;
+        readFailed = std::ferror(stream) != 0;
+        good = !readFailed && std::fwrite(chunk.data(), 1, got, spool) == got;
         kept += static_cast<long>(got);
         if (got < room) break;
     }
-    good = good && std::fflush(spool) == 0 && mapInput(spool, 0, kept, buffer);
+    good = good && std::fflush(spool) == 0;
+    if (!good && !readFailed) {
+        std::fclose(spool);
+        return spoolFailed(folder);
+    }
+    good = good && mapInput(spool, 0, kept, buffer);
     std::fclose(spool);  // the mapping keeps the file until it goes
     return good ? LOAD_DONE : LOAD_READ_FAILED;
 }
