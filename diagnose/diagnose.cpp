@@ -15,9 +15,6 @@
 
 namespace {
 
-constexpr int kIntegerPdu = 2;
-constexpr int kHugeIntegerPdu = 23;
-constexpr int32_t kHugeIntegerFrom = 5;
 constexpr int32_t kUtcTimeTag = 23;
 constexpr int32_t kGeneralizedTimeTag = 24;
 constexpr size_t kReasonSize = 600;
@@ -220,8 +217,7 @@ uint64_t countElementsIn(OctetView octets)
 int32_t decodeFailureText(RunContext* context, const Element& element, const UniversalTag& row, char* text,
                           size_t capacity)
 {
-    int pdu = row.pdu;
-    if (pdu == kIntegerPdu && element.length >= kHugeIntegerFrom) pdu = kHugeIntegerPdu;
+    int pdu = valuePdu(row, element.length);
     BerBuffer buffer = {static_cast<uint32_t>(element.available()), element.start()};
     void* value = nullptr;
     const int32_t result = qorDecode(context, pdu, buffer, value);

@@ -17,13 +17,10 @@
 namespace {
 
 constexpr int kBooleanPdu = 1;
-constexpr int kIntegerPdu = 2;
 constexpr int kNullPdu = 5;
 constexpr int kObjectIdentifierPdu = 6;
 constexpr int kIa5StringPdu = 13;
-constexpr int kHugeIntegerPdu = 23;
 constexpr int kOctetStringPdu = 4;
-constexpr int32_t kHugeIntegerFrom = 5;  // contents octets that need PDU 23
 
 // Failures of one rendering, as renderContents sorts them.
 constexpr int FAIL_NONE = 0;
@@ -148,14 +145,12 @@ bool directText(RunContext* context, const UniversalTag& row, const Element& ele
 // Makes the text of a universal tag through the decoder; returns a failure.
 int decodedText(RunContext* context, const UniversalTag& row, const Element& element, char*& text)
 {
-    int pdu = row.pdu;
     RenderInput input = {element.start(), element.available(), 0};
-    if (pdu == kIntegerPdu) {
-        // INTEGER: the short form holds up to four octets in an i32.
+    if (row.pdu == kIntegerPdu) {
         input.contents = element.length;
         if (element.length == LENGTH_TRUNCATED || element.lengthOverruns()) return FAIL_DECODE;
-        if (element.length >= kHugeIntegerFrom) pdu = kHugeIntegerPdu;
     }
+    const int pdu = valuePdu(row, element.length);
     DecodedValue decoded(context, pdu);
     if (!decoded.decode(element)) return FAIL_DECODE;
     return row.makeText(context, input, decoded.value(), text);

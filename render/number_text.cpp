@@ -8,13 +8,13 @@
 
 #include "app/signal.h"
 #include "decoder/values.h"
+#include "render/universal_tags.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
 
 namespace {
 
-constexpr int32_t kHugeIntegerFrom = 5;
 
 int textOrNoMemory(RunContext* context, const std::string& made, char*& text)
 {

@@ -17,5 +17,18 @@ struct UniversalTag {
 
 constexpr int32_t kLastUniversalTag = 36;
 
+constexpr int kIntegerPdu = 2;
+constexpr int kHugeIntegerPdu = 23;
+// Contents octets from which an INTEGER is decoded as a huge one: the short
+// form holds up to four octets in an i32.
+constexpr int32_t kHugeIntegerFrom = 5;
+
+// The type the built-in table decodes a value of `row` as: the row's, but
+// the huge INTEGER from kHugeIntegerFrom contents octets on.
+constexpr int valuePdu(const UniversalTag& row, int32_t length)
+{
+    return row.pdu == kIntegerPdu && length >= kHugeIntegerFrom ? kHugeIntegerPdu : row.pdu;
+}
+
 // The row of a universal tag from 0 to 36, or null.
 const UniversalTag* universalTag(int32_t number);
