@@ -136,10 +136,9 @@ void JsonWalk::writeHeaderObject(const char* kind, OctetView octets)
 // Fill octets between records (-pad), skipped as the listing skips them.
 void JsonWalk::skipPaddingOctets(Level& level)
 {
-    if (context_->padByteSpec == 0 || context_->padByteSpec - 1 > 0xFF) return;
-    const auto pad = static_cast<uint8_t>(context_->padByteSpec - 1);
-    int32_t skipped = 0;
-    while (skipped < level.count && level.element[skipped] == pad) ++skipped;
+    uint8_t pad = 0;
+    if (!padByteOf(context_, pad)) return;
+    const int32_t skipped = OctetView(level.element, level.count).spanOf(pad);
     if (skipped == 0) return;
     writeHeaderObject("padding", OctetView(level.element, skipped));
     level.element += skipped;
@@ -339,16 +338,7 @@ void JsonWalk::closeAfterJump(int code)
 
 void printJsonLayout(RunContext* context, InputBuffer& buffer)
 {
-    ListingOutput output(context);
-    EndCacheScope ends(context);
-    RecordStretch whole;
-    whole.data = buffer.data;
-    whole.length = buffer.length;
-    whole.reach = buffer.length;
-    whole.origin = buffer.origin;
-    if (buffer.length > 0) whole.probe = probeCdrHeaders(context, buffer.data, buffer.length, buffer.length);
-    JsonWalk walk(context, whole);
-    walk.run(buffer.length);
+    listJsonStretch(context, wholeInputStretch(context, buffer, true));
 }
 
 bool listJsonStretch(RunContext* context, const RecordStretch& stretch)

@@ -144,9 +144,8 @@ RecordScan::Step RecordScan::stepOver(int64_t& recordEnd)
         }
     };
     auto skipPadding = [&] {
-        const uint32_t spec = context_->padByteSpec;
-        if (spec == 0 || spec - 1 > 0xFF) return false;
-        const auto pad = static_cast<uint8_t>(spec - 1);
+        uint8_t pad = 0;
+        if (!padByteOf(context_, pad)) return false;
         int64_t skipped = 0;
         while (skipped < left && at[skipped] == pad) ++skipped;
         at += skipped;

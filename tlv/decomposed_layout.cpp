@@ -136,11 +136,7 @@ void walkPdus(RunContext* context, const RecordStretch& stretch, int32_t& count)
 
 void printDecomposedLayout(RunContext* context, InputBuffer& buffer)
 {
-    RecordStretch whole;
-    whole.data = buffer.data;
-    whole.length = buffer.length;
-    whole.reach = buffer.length;
-    listDecomposedStretch(context, whole);
+    listDecomposedStretch(context, wholeInputStretch(context, buffer, false));
 }
 
 bool listDecomposedStretch(RunContext* context, const RecordStretch& stretch)

@@ -51,24 +51,8 @@ std::string_view identifierSuffix(bool indefinite, bool flagged)
     return flagged ? " ?" : " ";
 }
 
-
-}  // namespace
-
-void printHexLayout(RunContext* context, InputBuffer& buffer)
-{
-    RecordSpanScope span(context, buffer.data, buffer.length);
-    EndCacheScope ends(context);
-    int32_t count = buffer.length;
-    bool titles = false;
-    const bool diagnose = (context->toolFlags & TLV_DIAGNOSE) != 0;
-    walkRecords(context, buffer.data, count, 0, titles, diagnose ? printHexDiagnosed : printHexElement);
-    // The repair writes what the last pass could walk.
-    if (count != 0 && (context->toolFlags & TLV_FIX_ENCODING) != 0 && context->state->fixupCount == 0) {
-        buffer.length -= count;
-    }
-}
-
-bool listHexStretch(RunContext* context, const RecordStretch& stretch)
+// Walks a stretch; gives back the octets the walk left, as walkRecords does.
+int32_t walkHexStretch(RunContext* context, const RecordStretch& stretch)
 {
     // The span is the whole input's: a report tells a record's tail by it.
     RecordSpanScope span(context, stretch.data - stretch.offset, stretch.offset + stretch.reach);
@@ -78,7 +62,23 @@ bool listHexStretch(RunContext* context, const RecordStretch& stretch)
     bool titles = false;
     const bool diagnose = (context->toolFlags & TLV_DIAGNOSE) != 0;
     walkRecordsWith(context, stretch.data, count, titles, diagnose ? printHexDiagnosed : printHexElement, records);
-    return count == 0;
+    return count;
+}
+
+}  // namespace
+
+void printHexLayout(RunContext* context, InputBuffer& buffer)
+{
+    const int32_t count = walkHexStretch(context, wholeInputStretch(context, buffer, true));
+    // The repair writes what the last pass could walk.
+    if (count != 0 && (context->toolFlags & TLV_FIX_ENCODING) != 0 && context->state->fixupCount == 0) {
+        buffer.length -= count;
+    }
+}
+
+bool listHexStretch(RunContext* context, const RecordStretch& stretch)
+{
+    return walkHexStretch(context, stretch) == 0;
 }
 
 int printHexElement(RunContext* context, const Element& read, int depth, bool& indefinite, bool&)

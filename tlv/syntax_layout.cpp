@@ -81,14 +81,10 @@ bool listSyntaxStretch(RunContext* context, const RecordStretch& stretch)
 
 void printSyntaxLayout(RunContext* context, InputBuffer& buffer)
 {
+    // A listing of its own: a failed value's flag ends with it (a PEM file's
+    // next block starts without it).
     const uint32_t savedFlags = context->toolFlags;
-    context->toolFlags |= TLV_SYNTAX_LAYOUT;
-    EndCacheScope ends(context);
-    TagWalkScope fields(context);
-    bool titles = true;
-    int32_t count = buffer.length;
-    const bool diagnose = (context->toolFlags & TLV_DIAGNOSE) != 0;
-    walkRecords(context, buffer.data, count, 0, titles, diagnose ? printSyntaxDiagnosed : printSyntaxElement);
+    listSyntaxStretch(context, wholeInputStretch(context, buffer, true));
     context->toolFlags = savedFlags;
 }
 

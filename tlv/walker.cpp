@@ -127,12 +127,31 @@ void skipCdrHeader(RunContext* context, const uint8_t*& cursor, int32_t& count, 
     count -= length;
 }
 
+bool padByteOf(const RunContext* context, uint8_t& pad)
+{
+    // A negative -pad value is no octet: nothing equals it.
+    if (context->padByteSpec == 0 || context->padByteSpec - 1 > 0xFF) return false;
+    pad = static_cast<uint8_t>(context->padByteSpec - 1);
+    return true;
+}
+
+RecordStretch wholeInputStretch(RunContext* context, const InputBuffer& buffer, bool findCdrHeaders)
+{
+    RecordStretch whole;
+    whole.data = buffer.data;
+    whole.length = buffer.length;
+    whole.reach = buffer.length;
+    whole.origin = buffer.origin;
+    if (findCdrHeaders && buffer.length > 0) {
+        whole.probe = probeCdrHeaders(context, buffer.data, buffer.length, buffer.length);
+    }
+    return whole;
+}
+
 int32_t skipPadding(RunContext* context, const uint8_t*& cursor, int32_t& count)
 {
-    if (context->padByteSpec == 0) return 0;
-    // A negative -pad value is no octet: nothing equals it.
-    if (context->padByteSpec - 1 > 0xFF) return 0;
-    auto pad = static_cast<uint8_t>(context->padByteSpec - 1);
+    uint8_t pad = 0;
+    if (!padByteOf(context, pad)) return 0;
     const int32_t skipped = OctetView(cursor, count).spanOf(pad);
     if (skipped == 0) return 0;
     qorPrint(context, "\n\nPadding byte '0x%s%X' detected, skipping %ld bytes ...\n\n",

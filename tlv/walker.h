@@ -82,6 +82,11 @@ bool detectCdrHeaders(RunContext* context, const uint8_t* input, int32_t inputLe
 void skipCdrHeader(RunContext* context, const uint8_t*& cursor, int32_t& count, int32_t length,
                    const char* word);
 int32_t skipPadding(RunContext* context, const uint8_t*& cursor, int32_t& count);
+// The -pad byte: false without one, or with a value no octet can equal.
+bool padByteOf(const RunContext* context, uint8_t& pad);
+// The whole of an input as one stretch; the CDR headers at its start are
+// looked for when asked (and -nocdrheaders isn't given).
+RecordStretch wholeInputStretch(RunContext* context, const InputBuffer& buffer, bool findCdrHeaders);
 // Whether the two octets at `octets` are an end-of-contents; reports code 37
 // for a tag of 00 with a second octet that isn't 0.
 bool endOfContentsFollows(RunContext* context, const uint8_t* octets);
