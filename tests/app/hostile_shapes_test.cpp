@@ -2,41 +2,17 @@
 // whole inside the process in every layout, each bounded in time.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 #include <vector>
 
-#include "app/entry.h"
-#include "runtime/output.h"
+#include "tests/hostile_inputs.h"
 
 namespace {
 
-using Octets = std::vector<uint8_t>;
-
-struct WholeRun {
-    int status;
-    std::string output;
-    double seconds;
-};
-
-WholeRun runWhole(const Octets& input, const char* layout)
-{
-    const char* args[] = {"qortlv", layout, "hostile.ber"};
-    WholeRun run{0, {}, 0};
-    OutStream* sink = outStreamForSink(&run.output);
-    auto start = std::chrono::steady_clock::now();
-    run.status = runEntryOnBuffer(3, const_cast<char**>(args), input.data(), input.size(), sink);
-    run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    outStreamRelease(sink);
-    return run;
-}
-
-// `unit` written `times` times, behind `front`.
-Octets repeated(Octets front, int times, std::initializer_list<uint8_t> unit)
-{
-    for (int i = 0; i < times; ++i) front.insert(front.end(), unit);
-    return front;
-}
+using hostile::kBudgetSeconds;
+using hostile::longOctetString;
+using hostile::Octets;
+using hostile::repeated;
 
 bool endsWith(const std::string& text, const std::string& tail)
 {
@@ -44,20 +20,13 @@ bool endsWith(const std::string& text, const std::string& tail)
 }
 
 constexpr const char* kLayouts[] = {"-hexadecimal", "-syntax", "-decomposed"};
-// Linear runs take a fraction of this; a quadratic one takes hours. Builds
-// with sanitizers run several times slower.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr double kBudgetSeconds = 90;
-#else
-constexpr double kBudgetSeconds = 20;
-#endif
 
 // Runs every layout on `input`; each must end normally within the budget.
 std::vector<std::string> runEveryLayout(const Octets& input)
 {
     std::vector<std::string> outputs;
     for (const char* layout : kLayouts) {
-        WholeRun run = runWhole(input, layout);
+        hostile::TimedRun run = hostile::runTimed(input, {layout});
         EXPECT_EQ(0, run.status) << layout;
         EXPECT_LT(run.seconds, kBudgetSeconds) << layout;
         outputs.push_back(std::move(run.output));
@@ -102,11 +71,7 @@ TEST(HostileShapes, MillionNestedDefiniteSequences)
 
 TEST(HostileShapes, HundredMegabyteOctetString)
 {
-    constexpr uint32_t kLength = 100u << 20;
-    Octets input(6 + static_cast<size_t>(kLength), 0x41);
-    const uint8_t header[] = {0x04, 0x84, static_cast<uint8_t>(kLength >> 24), static_cast<uint8_t>(kLength >> 16),
-                              static_cast<uint8_t>(kLength >> 8), static_cast<uint8_t>(kLength)};
-    for (size_t i = 0; i < sizeof header; ++i) input[i] = header[i];
+    const Octets input = longOctetString(100u << 20);
     for (const std::string& output : runEveryLayout(input)) {
         EXPECT_LT(output.size(), 1000u);  // truncated to its line
     }

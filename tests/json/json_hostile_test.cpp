@@ -2,22 +2,15 @@
 // each run ends normally within a time bound and leaves whole JSON lines.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 #include <vector>
 
-#include "app/entry.h"
-#include "runtime/output.h"
+#include "tests/hostile_inputs.h"
 
 namespace {
 
-using Octets = std::vector<uint8_t>;
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr double kBudgetSeconds = 90;
-#else
-constexpr double kBudgetSeconds = 20;
-#endif
+using hostile::longOctetString;
+using hostile::Octets;
 
 struct JsonRun {
     int status;
@@ -26,16 +19,11 @@ struct JsonRun {
 
 JsonRun runJson(const Octets& input, const char* option = nullptr)
 {
-    const char* args[] = {"qortlv", "-json", "hostile.ber", option};
-    JsonRun run{0, {}};
-    OutStream* sink = outStreamForSink(&run.output);
-    const auto start = std::chrono::steady_clock::now();
-    const int count = option != nullptr ? 4 : 3;
-    run.status = runEntryOnBuffer(count, const_cast<char**>(args), input.data(), input.size(), sink);
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    outStreamRelease(sink);
-    EXPECT_LT(seconds, kBudgetSeconds);
-    return run;
+    std::vector<const char*> options = {"-json"};
+    if (option != nullptr) options.push_back(option);
+    const hostile::TimedRun run = hostile::runTimed(input, options);
+    EXPECT_LT(run.seconds, hostile::kBudgetSeconds);
+    return {run.status, run.output};
 }
 
 // Every line one object whose brackets close, strings taken into account;
@@ -91,11 +79,7 @@ TEST(JsonHostileShapes, MillionNestedIndefiniteElementsWithoutEnds)
 
 TEST(JsonHostileShapes, HundredMegabyteOctetStringIsCut)
 {
-    constexpr uint32_t kLength = 100u << 20;
-    Octets input(6 + static_cast<size_t>(kLength), 0x41);
-    const uint8_t header[] = {0x04, 0x84, static_cast<uint8_t>(kLength >> 24), static_cast<uint8_t>(kLength >> 16),
-                              static_cast<uint8_t>(kLength >> 8), static_cast<uint8_t>(kLength)};
-    for (size_t i = 0; i < sizeof header; ++i) input[i] = header[i];
+    const Octets input = longOctetString(100u << 20);
     const JsonRun run = runJson(input);
     EXPECT_EQ(0, run.status);
     EXPECT_EQ(1, wholeLines(run.output));
