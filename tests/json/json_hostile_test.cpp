@@ -11,6 +11,7 @@ namespace {
 
 using hostile::longOctetString;
 using hostile::Octets;
+using hostile::repeated;
 
 struct JsonRun {
     int status;
@@ -54,11 +55,7 @@ long wholeLines(const std::string& output)
 
 TEST(JsonHostileShapes, MillionNestedIndefiniteElements)
 {
-    constexpr int kLevels = 1000000;
-    Octets input;
-    for (int i = 0; i < kLevels; ++i) input.insert(input.end(), {0x30, 0x80});
-    input.insert(input.end(), {0x05, 0x00});
-    for (int i = 0; i < kLevels; ++i) input.insert(input.end(), {0x00, 0x00});
+    const Octets input = repeated(repeated(repeated({}, 1000000, {0x30, 0x80}), 1, {0x05, 0x00}), 1000000, {0, 0});
     const JsonRun run = runJson(input);
     EXPECT_EQ(0, run.status);
     EXPECT_EQ(1, wholeLines(run.output));
@@ -69,9 +66,7 @@ TEST(JsonHostileShapes, MillionNestedIndefiniteElements)
 
 TEST(JsonHostileShapes, MillionNestedIndefiniteElementsWithoutEnds)
 {
-    Octets input;
-    for (int i = 0; i < 1000000; ++i) input.insert(input.end(), {0x30, 0x80});
-    const JsonRun run = runJson(input);
+    const JsonRun run = runJson(repeated({}, 1000000, {0x30, 0x80}));
     EXPECT_EQ(0, run.status);
     EXPECT_EQ(1, wholeLines(run.output));
     EXPECT_NE(std::string::npos, run.output.find("{\"code\":36,"));
@@ -132,9 +127,7 @@ TEST(JsonHostileShapes, MillionOctetStringsEachHoldingTheNextUnderDig)
 
 TEST(JsonHostileShapes, MillionConcatenatedRecords)
 {
-    Octets input;
-    for (int i = 0; i < 1000000; ++i) input.insert(input.end(), {0x02, 0x01, 0x05});
-    const JsonRun run = runJson(input);
+    const JsonRun run = runJson(repeated({}, 1000000, {0x02, 0x01, 0x05}));
     EXPECT_EQ(0, run.status);
     EXPECT_EQ(1000000, wholeLines(run.output));
     EXPECT_NE(std::string::npos, run.output.find("{\"kind\":\"record\",\"record\":1000000,\"offset\":2999997,"));
