@@ -17,6 +17,7 @@
 #include "render/universal_tags.h"
 #include "runtime/context.h"
 #include "runtime/output.h"
+#include "runtime/output_line.h"
 #include "tagmap/field_value.h"
 #include "tlv/element.h"
 
@@ -160,44 +161,42 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
 {
     const auto place = reinterpret_cast<intptr_t>(element.start());
     const int32_t available = element.available();
-    // The fields up to the value are made in one piece, then written at once.
-    char fields[sizeof(TagFields::text) + 128];
-    char* out = fields;
-    out = put(out, "{\"offset\":");
-    out = putJsonNumber(out, offset);
-    if (element.firstOctet() == 0) signalError(context, kTagZero, 0, 0);
+    // The fields up to the value are composed in place, as one line's are.
+    OutputLine line(context, OutputLine::kMadeMost);
+    line.made([offset](char* out) { return putJsonNumber(put(out, "{\"offset\":"), offset); });
+    if (element.firstOctet() == 0) {
+        line.finish();
+        signalError(context, kTagZero, 0, 0);
+    }
     indefinite = false;
     if (element.identifier == LENGTH_TRUNCATED) {
-        qorWrite(context, fields, static_cast<size_t>(out - fields));
+        line.finish();
         writeClassAndTag(context, element);
         writeOctets(context, element);
         signalError(context, kPrematureEnd, place, available);
         return 1;
     }
-    if (element.identifier == 0) {
-        qorWrite(context, fields, static_cast<size_t>(out - fields));
-        return 0;
-    }
+    if (element.identifier == 0) return 0;
 
     indefinite = element.lengthOctet() == 0x80;
-    out = put(out, ",\"header\":");
-    out = putJsonNumber(out, element.header);
     const bool headerRunsOff = element.header > available || element.length == LENGTH_TRUNCATED;
-    if (!headerRunsOff) {
-        out = put(out, ",\"length\":");
-        out = indefinite ? put(out, "null") : putJsonNumber(out, element.length);
-    }
     TagFields made;
     const TagFields& tag = tagFieldsOf(context, element, made);
-    out = put(out, std::string_view(tag.text, tag.length));
+    line.made([&element, &tag, headerRunsOff, indefinite = indefinite](char* out) {
+        out = putJsonNumber(put(out, ",\"header\":"), element.header);
+        if (!headerRunsOff) {
+            out = put(out, ",\"length\":");
+            out = indefinite ? put(out, "null") : putJsonNumber(out, element.length);
+        }
+        return putTagFields(out, tag);
+    });
     if (field != nullptr) {
-        // The field name stands behind "type": the fields so far go first.
-        qorWrite(context, fields, static_cast<size_t>(out - fields));
-        out = fields;
+        // The field name stands behind "type".
+        line.finish();
         writeFieldName(context, field);
     }
-    if (indefinite && !headerRunsOff) out = put(out, ",\"indefinite\":true");
-    qorWrite(context, fields, static_cast<size_t>(out - fields));
+    if (indefinite && !headerRunsOff) line.text(",\"indefinite\":true", 18);
+    line.finish();
 
     if (headerRunsOff) {
         writeOctets(context, element);

@@ -189,7 +189,7 @@ void JsonWalk::openElement(Level& level, int depth)
 {
     if (depth > 0 && !level.first) writeJsonLiteral(context_, ",");
     level.first = false;
-    level.read = readElement(level.element, level.count);
+    readElementInto(level.read, level.element, level.count);
     level.open = true;
     level.inside = nullptr;
     level.arrayOpen = false;

@@ -70,6 +70,20 @@ public:
         char* start = decimalDigits(end, value);
         return text(start, static_cast<size_t>(end - start));
     }
+    // Characters made by `make`, a `char* (char* out)` that writes at `out`
+    // and returns the end: in place, or in a piece of its own of `kMadeMost`
+    // (plus slack) characters at most when the line can't use the buffer.
+    static constexpr size_t kMadeMost = 256;
+    template <typename Make>
+    int made(Make make)
+    {
+        char piece[kMadeMost + kSlack];
+        char* from = begin_ != nullptr ? at_ : piece;
+        char* end = make(from);
+        if (begin_ == nullptr) return qorWrite(context_, piece, static_cast<size_t>(end - piece));
+        at_ = end;
+        return static_cast<int>(end - from);
+    }
     // An unsigned value behind blanks up to `width`; longer numbers whole.
     int rightAligned(int width, unsigned long value)
     {

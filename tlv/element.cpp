@@ -39,7 +39,7 @@ int32_t longFormValue(const uint8_t* octets, int32_t left)
 
 }  // namespace
 
-Element readElement(OctetView whole)
+Element readLongElement(OctetView whole)
 {
     Element element;
     element.whole = whole;

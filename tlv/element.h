@@ -66,8 +66,42 @@ struct Element {
     bool isEndOfContents() const { return available() >= 2 && whole.data()[0] == 0 && whole.data()[1] == 0; }
 };
 
+// Reads the element at the start of `whole` in every form; reports nothing.
+Element readLongElement(OctetView whole);
+
+// Reads the element at the start of `whole` into `element`; reports nothing.
+// Inline for the form nearly every element has (one identifier octet, a
+// short or an indefinite length), field by field into the record the caller
+// keeps (a walk's level): a record returned and then copied would be written
+// in pieces and read back whole, which the processor can't forward.
+inline void readElementInto(Element& element, OctetView whole)
+{
+    const uint8_t* octets = whole.data();
+    if (whole.size() >= 2 && (octets[0] & HIGH_TAG_MASK) != HIGH_TAG_MASK && octets[1] <= 0x80) {
+        const uint8_t first = octets[0];
+        element.whole = whole;
+        element.identifier = 1;
+        element.header = 2;
+        element.length = octets[1] == 0x80 ? LENGTH_INDEFINITE : octets[1];
+        element.tagNumber = first & HIGH_TAG_MASK;
+        element.tagClass = static_cast<uint8_t>(first >> 6);
+        element.constructed = (first & CONSTRUCTED_BIT) != 0;
+        return;
+    }
+    element = readLongElement(whole);
+}
+inline void readElementInto(Element& element, const uint8_t* start, int32_t available)
+{
+    readElementInto(element, OctetView(start, available));
+}
+
 // Reads the element at the start of `whole`; reports nothing.
-Element readElement(OctetView whole);
+inline Element readElement(OctetView whole)
+{
+    Element element;
+    readElementInto(element, whole);
+    return element;
+}
 inline Element readElement(const uint8_t* start, int32_t available)
 {
     return readElement(OctetView(start, available));

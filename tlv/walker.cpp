@@ -238,13 +238,13 @@ void walkFrom(RunContext* context, const uint8_t* first, int32_t& total, int top
         // Print the element the level stands at, and go inside it.
         bool printed = false;
         if (depth != 0 || records.next(context, level->element, level->count, titles)) {
-            level->read = readElement(level->element, level->count);
+            readElementInto(level->read, level->element, level->count);
             level->indefinite = false;
             if (context->tagWalk != nullptr) context->tagWalk->enter(depth, level->read.tagClass, level->read.tagNumber);
             if (printer(context, level->read, depth, level->indefinite, titles) == 0) {
                 // The repair may have rewritten a length octet while printing.
                 if ((context->toolFlags & TLV_FIX_ENCODING) != 0) {
-                    level->read = readElement(level->element, level->count);
+                    readElementInto(level->read, level->element, level->count);
                 }
                 int32_t inner = level->count;
                 level->inside = firstInsideOf(context, level->read, inner);

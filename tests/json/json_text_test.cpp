@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "json/tag_fields.h"
 #include "tests/test_context.h"
@@ -90,6 +91,12 @@ TEST(JsonText, NumbersBeyondTwoToThe53AreStrings)
         {99, "99"},
         {100, "100"},
         {12345, "12345"},
+        {1020304, "1020304"},
+        {10000000, "10000000"},
+        {99999999, "99999999"},
+        {100000000, "100000000"},
+        {100000001, "100000001"},
+        {1000000000000LL, "1000000000000"},
         {-7, "-7"},
         {2147483647, "2147483647"},
         {-2147483648LL, "-2147483648"},
@@ -107,6 +114,29 @@ TEST(JsonText, NumbersBeyondTwoToThe53AreStrings)
         TestContext run;
         writeJsonNumber(run.get(), row.value);
         EXPECT_EQ(row.json, run.output()) << row.value;
+    }
+}
+
+TEST(JsonText, NumbersSpellEveryDigitAsToStringDoes)
+{
+    // Every power of ten and its neighbours, and a spread of others: the
+    // digits are made eight at a time, with the leading zeros cut.
+    std::vector<int64_t> values;
+    for (int64_t power = 1; power <= INT64_MAX / 10; power *= 10) {
+        for (int64_t value : {power - 1, power, power + 1, 5 * power + 3 * (power / 7)}) values.push_back(value);
+    }
+    uint64_t state = 88172645463325252ULL;
+    for (int i = 0; i < 20000; ++i) {
+        state ^= state << 13;
+        state ^= state >> 7;
+        state ^= state << 17;
+        values.push_back(static_cast<int64_t>(state >> (i % 64)));
+    }
+    for (int64_t value : values) {
+        char out[32];
+        const std::string digits = std::to_string(value);
+        const bool exact = value <= (int64_t{1} << 53) && value >= -(int64_t{1} << 53);
+        EXPECT_EQ(exact ? digits : "\"" + digits + "\"", std::string(out, putJsonNumber(out, value))) << value;
     }
 }
 

@@ -262,6 +262,29 @@ TEST_F(ReaderTest, TagNumbersCutByTheCountOrBy32Bits)
     EXPECT_EQ(17, run.lastError());
 }
 
+// The inline reading of the common form against the reading of every form,
+// on every one- to three-octet input: the same element, field by field.
+TEST(ReadElement, CommonFormReadsAsEveryForm)
+{
+    auto same = [](const Element& a, const Element& b) {
+        return a.start() == b.start() && a.available() == b.available() && a.identifier == b.identifier &&
+               a.header == b.header && a.length == b.length && a.tagNumber == b.tagNumber &&
+               a.tagClass == b.tagClass && a.constructed == b.constructed;
+    };
+    uint8_t octets[3] = {0, 0, 0};
+    for (int size = 1; size <= 3; ++size) {
+        for (int first = 0; first < 256; ++first) {
+            for (int second = 0; second < 256; ++second) {
+                octets[0] = static_cast<uint8_t>(first);
+                octets[1] = static_cast<uint8_t>(second);
+                octets[2] = static_cast<uint8_t>(second ^ 0x81);
+                const OctetView whole(octets, size);
+                ASSERT_TRUE(same(readLongElement(whole), readElement(whole))) << size << ' ' << first << ' ' << second;
+            }
+        }
+    }
+}
+
 }  // namespace
 
 namespace {
