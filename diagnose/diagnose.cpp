@@ -185,14 +185,6 @@ bool diagnoseValue(RunContext* context, const Element& element, int indent, bool
     return ends;
 }
 
-void countElement(RunContext* context, bool record)
-{
-    DiagnoseTally* tally = runTally(context);
-    if (tally == nullptr) return;
-    ++tally->elements;
-    if (record) ++tally->records;
-}
-
 uint64_t countElementsIn(OctetView octets)
 {
     uint64_t count = 0;

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "diagnose/tally.h"
 #include "tlv/octet_view.h"
 
 struct RunContext;
@@ -38,7 +39,13 @@ void showEncodedTime(RunContext* context, const Element& element, int indent);
 bool diagnoseValue(RunContext* context, const Element& element, int indent, bool printReason);
 
 // Counts an element of the walk (a record at the top level).
-void countElement(RunContext* context, bool record);
+inline void countElement(RunContext* context, bool record)
+{
+    DiagnoseTally* tally = runTally(context);
+    if (tally == nullptr) return;
+    ++tally->elements;
+    if (record) ++tally->records;
+}
 
 // The elements in `octets`, read one header after the other: a constructed
 // element's contents are its inner elements, an end-of-contents counts for

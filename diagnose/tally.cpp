@@ -3,11 +3,6 @@
 #include "runtime/context.h"
 #include "runtime/extensions.h"
 
-DiagnoseTally* runTally(const RunContext* context)
-{
-    return context->extensions != nullptr ? context->extensions->tally : nullptr;
-}
-
 void countReport(RunContext* context, int code)
 {
     DiagnoseTally* tally = runTally(context);

@@ -9,6 +9,8 @@
 #include <cstdint>
 
 #include "runtime/catalog.h"
+#include "runtime/context.h"
+#include "runtime/extensions.h"
 
 struct RunContext;
 
@@ -53,7 +55,10 @@ constexpr bool isMisencoding(int code)
 
 // The run's tally, or null when the run keeps none (a context without
 // extensions, as in unit tests).
-DiagnoseTally* runTally(const RunContext* context);
+inline DiagnoseTally* runTally(const RunContext* context)
+{
+    return context->extensions != nullptr ? context->extensions->tally : nullptr;
+}
 
 // Called by the error signal for every report that the message hook heard.
 void countReport(RunContext* context, int code);

@@ -108,6 +108,25 @@ void writeFormValue(RunContext* context, const JsonField* field, OctetView conte
     }
 }
 
+// Types without a readable form show their octets alone; rendering them
+// would give those octets back.
+bool hasReadableForm(const UniversalTag* row)
+{
+    return row != nullptr && row->pdu != 0 && row->makeText != nullptr;
+}
+
+// ,"hex":.. of contents on the element's line, and ,"truncated":true when
+// they were cut, as writeLimitedHex and writeValue write them.
+void putPlainHex(OutputLine& line, bool noShort, OctetView contents)
+{
+    const bool cut = !noShort && contents.size() > kJsonValueLimit;
+    if (cut) contents = contents.first(kJsonValueLimit);
+    line.text(",\"hex\":\"", 8);
+    line.hexDigits(contents.data(), 2 * contents.size());
+    line.character('"');
+    if (cut) line.text(",\"truncated\":true", 17);
+}
+
 // The value of a primitive element with a definite length that the input
 // holds: its readable text where its type has one, its contents, and with
 // -tags its value in the map's form.
@@ -116,9 +135,7 @@ void writeValue(RunContext* context, ErrorCapture& errors, const Element& elemen
 {
     bool cut = false;
     bool failed = false;
-    // Types without a readable form show their octets alone; rendering them
-    // would give those octets back.
-    if (row != nullptr && row->pdu != 0 && row->makeText != nullptr) {
+    if (hasReadableForm(row)) {
         Rendered value = renderContents(context, element, row);
         failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
         context->toolFlags &= ~TLV_VALUE_FAILED;
@@ -161,8 +178,11 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
 {
     const auto place = reinterpret_cast<intptr_t>(element.start());
     const int32_t available = element.available();
-    // The fields up to the value are composed in place, as one line's are.
-    OutputLine line(context, OutputLine::kMadeMost);
+    // The fields up to the value are composed in place, as one line's are,
+    // with the contents' hexadecimal where that is all the value shows.
+    const bool definite = element.readable() && element.length >= 0 && element.length <= element.room();
+    const int32_t hexMost = definite && !element.constructed ? std::min(element.length, kJsonValueLimit) : 0;
+    OutputLine line(context, OutputLine::kMadeMost + 2 * static_cast<size_t>(hexMost) + 32);
     line.made([offset](char* out) { return putJsonNumber(put(out, "{\"offset\":"), offset); });
     if (element.firstOctet() == 0) {
         line.finish();
@@ -196,6 +216,10 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
         writeFieldName(context, field);
     }
     if (indefinite && !headerRunsOff) line.text(",\"indefinite\":true", 18);
+    if (definite && !headerRunsOff && !element.constructed && field == nullptr && !hasReadableForm(tag.row)) {
+        putPlainHex(line, noShort(context), element.contents());
+        return 0;
+    }
     line.finish();
 
     if (headerRunsOff) {

@@ -1,6 +1,5 @@
 #include "json/json_text.h"
 
-#include <array>
 #include <cstring>
 
 #include "meaning/utf8_text.h"
@@ -33,16 +32,6 @@ const char* escapeOf(uint8_t octet, char (&spelled)[7])
     return spelled;
 }
 
-// "00" to "99": two digits a step.
-constexpr std::array<char, 200> kDigitPairs = [] {
-    std::array<char, 200> pairs{};
-    for (int i = 0; i < 100; ++i) {
-        pairs[2 * i] = static_cast<char>('0' + i / 10);
-        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
-    }
-    return pairs;
-}();
-
 // Eight decimal digits of a value below 10^8, as eight ASCII digits packed
 // first-digit-lowest (the order they stand in memory on a little-endian
 // machine), leading zeros kept. Splits into two halves of four digits, each
@@ -56,11 +45,12 @@ uint64_t eightDigits(uint32_t value)
     return tens | ((pairs - tens * 10) << 8);
 }
 
-// The digits of a value from 1 to 10^8 - 1 without its leading zeros.
+// The digits of a value below 10^8 without its leading zeros.
 char* putShortDigits(char* out, uint32_t value)
 {
     uint64_t digits = eightDigits(value);
-    const int zeros = __builtin_ctzll(digits) / 8;  // the value isn't 0: a digit isn't 0
+    // The last digit stays, even a 0.
+    const int zeros = __builtin_ctzll(digits | (uint64_t{1} << 56)) / 8;
     digits = (digits >> (8 * zeros)) | 0x3030303030303030ULL;
     std::memcpy(out, &digits, 8);  // what lies behind the last digit is scratch
     return out + 8 - zeros;
@@ -79,17 +69,8 @@ char* putDigits(char* out, uint64_t value)
 
 }  // namespace
 
-char* putJsonNumber(char* out, int64_t value)
+char* putJsonNumberSlow(char* out, int64_t value)
 {
-    // Header lengths, small lengths and tag numbers: one or two digits.
-    if (value >= 0 && value < 100) {
-        if (value < 10) {
-            *out = static_cast<char>('0' + value);
-            return out + 1;
-        }
-        std::memcpy(out, &kDigitPairs[2 * value], 2);
-        return out + 2;
-    }
     const bool exact = value <= kExactLimit && value >= -kExactLimit;
     if (!exact) *out++ = '"';
     if (value < 0) {

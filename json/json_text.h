@@ -29,7 +29,21 @@ void writeJsonHex(RunContext* context, OctetView octets);
 
 // Writes the digits of `value` at `out` as writeJsonNumber writes them;
 // returns the end. Needs 24 chars.
-char* putJsonNumber(char* out, int64_t value);
+char* putJsonNumberSlow(char* out, int64_t value);
+inline char* putJsonNumber(char* out, int64_t value)
+{
+    // Header lengths, small lengths and tag numbers: one or two digits.
+    if (value >= 0 && value < 100) {
+        if (value < 10) {
+            *out = static_cast<char>('0' + value);
+            return out + 1;
+        }
+        out[0] = static_cast<char>('0' + value / 10);
+        out[1] = static_cast<char>('0' + value % 10);
+        return out + 2;
+    }
+    return putJsonNumberSlow(out, value);
+}
 
 // Text at `out`, for fields composed in a buffer of the caller's: a
 // literal by its known size, any other text by its length.

@@ -110,6 +110,7 @@ TEST(JsonText, NumbersBeyondTwoToThe53AreStrings)
     for (const auto& row : rows) {
         char out[32];
         char* end = putJsonNumber(out, row.value);
+        EXPECT_EQ(row.json, std::string(out, putJsonNumberSlow(out, row.value))) << row.value;
         EXPECT_EQ(row.json, std::string(out, end)) << row.value;
         TestContext run;
         writeJsonNumber(run.get(), row.value);
