@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "meaning/utf8_text.h"
+#include "runtime/decimal.h"
 #include "runtime/output.h"
 #include "runtime/output_line.h"
 
@@ -32,41 +33,6 @@ const char* escapeOf(uint8_t octet, char (&spelled)[7])
     return spelled;
 }
 
-// Eight decimal digits of a value below 10^8, as eight ASCII digits packed
-// first-digit-lowest (the order they stand in memory on a little-endian
-// machine), leading zeros kept. Splits into two halves of four digits, each
-// into two pairs, each pair into its digits, all lanes at once.
-uint64_t eightDigits(uint32_t value)
-{
-    const uint64_t halves = (value / 10000) | (static_cast<uint64_t>(value % 10000) << 32);
-    const uint64_t hundreds = ((halves * 10486) >> 20) & 0x0000007F0000007FULL;  // lane / 100
-    const uint64_t pairs = hundreds | ((halves - hundreds * 100) << 16);
-    const uint64_t tens = ((pairs * 103) >> 10) & 0x000F000F000F000FULL;         // lane / 10
-    return tens | ((pairs - tens * 10) << 8);
-}
-
-// The digits of a value below 10^8 without its leading zeros.
-char* putShortDigits(char* out, uint32_t value)
-{
-    uint64_t digits = eightDigits(value);
-    // The last digit stays, even a 0.
-    const int zeros = __builtin_ctzll(digits | (uint64_t{1} << 56)) / 8;
-    digits = (digits >> (8 * zeros)) | 0x3030303030303030ULL;
-    std::memcpy(out, &digits, 8);  // what lies behind the last digit is scratch
-    return out + 8 - zeros;
-}
-
-char* putDigits(char* out, uint64_t value)
-{
-    constexpr uint64_t kEight = 100000000;
-    if (value < kEight) return putShortDigits(out, static_cast<uint32_t>(value));
-    // The digits in front of the last eight, then those eight in full.
-    out = putDigits(out, value / kEight);
-    const uint64_t digits = eightDigits(static_cast<uint32_t>(value % kEight)) | 0x3030303030303030ULL;
-    std::memcpy(out, &digits, 8);
-    return out + 8;
-}
-
 }  // namespace
 
 char* putJsonNumberSlow(char* out, int64_t value)
@@ -75,9 +41,9 @@ char* putJsonNumberSlow(char* out, int64_t value)
     if (!exact) *out++ = '"';
     if (value < 0) {
         *out++ = '-';
-        out = putDigits(out, 0 - static_cast<uint64_t>(value));
+        out = putDecimal(out, 0 - static_cast<uint64_t>(value));
     } else {
-        out = putDigits(out, static_cast<uint64_t>(value));
+        out = putDecimal(out, static_cast<uint64_t>(value));
     }
     if (!exact) *out++ = '"';
     return out;

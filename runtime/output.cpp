@@ -8,6 +8,7 @@
 #include <new>
 
 #include "runtime/context.h"
+#include "runtime/decimal.h"
 
 namespace {
 
@@ -248,22 +249,18 @@ int qorBlanksSlow(RunContext* context, int width)
 
 char* decimalDigits(char* end, long value)
 {
-    // Two digits a step, from a table of 00 to 99.
-    static constexpr char kPairs[] =
-        "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-        "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-        "8081828384858687888990919293949596979899";
+    // Two digits a step, from the right.
     unsigned long magnitude = value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
     char* at = end;
     while (magnitude >= 100) {
         const unsigned long pair = magnitude % 100;
         magnitude /= 100;
         at -= 2;
-        std::memcpy(at, kPairs + 2 * pair, 2);
+        std::memcpy(at, &kDigitPairs[2 * pair], 2);
     }
     if (magnitude >= 10) {
         at -= 2;
-        std::memcpy(at, kPairs + 2 * magnitude, 2);
+        std::memcpy(at, &kDigitPairs[2 * magnitude], 2);
     } else {
         *--at = static_cast<char>('0' + magnitude);
     }

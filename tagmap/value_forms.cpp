@@ -3,6 +3,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "runtime/decimal.h"
+
 namespace {
 
 constexpr char kUpperHex[] = "0123456789ABCDEF";
@@ -10,10 +12,6 @@ constexpr char kLowerHex[] = "0123456789abcdef";
 // Telephony BCD nibbles 0-E; F is the filler.
 constexpr char kTbcdDigits[] = "0123456789*#abc";
 constexpr uint8_t kFiller = 0xF;
-constexpr char kDigitPairs[] =
-    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
-    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
-    "8081828384858687888990919293949596979899";
 
 // Appends to the caller's buffer; once something does not fit, every
 // further write is dropped and ok() stays false. The place is kept in the
@@ -42,31 +40,16 @@ public:
         std::memcpy(at_, text.data(), text.size());
         at_ += text.size();
     }
-    // Two digits at a time, from the right; a number of up to 20 digits is
-    // moved as 20 octets of a buffer that holds them, when there is room.
+    // In place where there is room for any number's digits; else staged.
     void decimal(uint64_t value)
     {
-        char digits[40];
-        char* const end = digits + 20;  // the digits end here; 20 octets more stay readable
-        char* start = end;
-        while (value >= 100) {
-            start -= 2;
-            std::memcpy(start, kDigitPairs + 2 * (value % 100), 2);
-            value /= 100;
-        }
-        if (value >= 10) {
-            start -= 2;
-            std::memcpy(start, kDigitPairs + 2 * value, 2);
-        } else {
-            *--start = static_cast<char>('0' + value);
-        }
-        const size_t count = static_cast<size_t>(end - start);
-        if (end_ - at_ >= 20) {
-            std::memcpy(at_, start, 20);  // start >= digits, so start + 20 <= digits + 40
-            at_ += count;
+        constexpr ptrdiff_t kMostDigits = 20;
+        if (end_ - at_ >= kMostDigits) {
+            at_ = putDecimal(at_, value);
             return;
         }
-        put(std::string_view(start, count));
+        char digits[kMostDigits];
+        put(std::string_view(digits, static_cast<size_t>(putDecimal(digits, value) - digits)));
     }
     void signedDecimal(int64_t value)
     {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "json/tag_fields.h"
 #include "tests/test_context.h"
@@ -115,29 +114,6 @@ TEST(JsonText, NumbersBeyondTwoToThe53AreStrings)
         TestContext run;
         writeJsonNumber(run.get(), row.value);
         EXPECT_EQ(row.json, run.output()) << row.value;
-    }
-}
-
-TEST(JsonText, NumbersSpellEveryDigitAsToStringDoes)
-{
-    // Every power of ten and its neighbours, and a spread of others: the
-    // digits are made eight at a time, with the leading zeros cut.
-    std::vector<int64_t> values;
-    for (int64_t power = 1; power <= INT64_MAX / 10; power *= 10) {
-        for (int64_t value : {power - 1, power, power + 1, 5 * power + 3 * (power / 7)}) values.push_back(value);
-    }
-    uint64_t state = 88172645463325252ULL;
-    for (int i = 0; i < 20000; ++i) {
-        state ^= state << 13;
-        state ^= state >> 7;
-        state ^= state << 17;
-        values.push_back(static_cast<int64_t>(state >> (i % 64)));
-    }
-    for (int64_t value : values) {
-        char out[32];
-        const std::string digits = std::to_string(value);
-        const bool exact = value <= (int64_t{1} << 53) && value >= -(int64_t{1} << 53);
-        EXPECT_EQ(exact ? digits : "\"" + digits + "\"", std::string(out, putJsonNumber(out, value))) << value;
     }
 }
 
