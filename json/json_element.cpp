@@ -108,13 +108,6 @@ void writeFormValue(RunContext* context, const JsonField* field, OctetView conte
     }
 }
 
-// Types without a readable form show their octets alone; rendering them
-// would give those octets back.
-bool hasReadableForm(const UniversalTag* row)
-{
-    return row != nullptr && row->pdu != 0 && row->makeText != nullptr;
-}
-
 // ,"hex":.. of contents on the element's line, and ,"truncated":true when
 // they were cut, as writeLimitedHex and writeValue write them.
 void putPlainHex(OutputLine& line, bool noShort, OctetView contents)
@@ -135,6 +128,8 @@ void writeValue(RunContext* context, ErrorCapture& errors, const Element& elemen
 {
     bool cut = false;
     bool failed = false;
+    // Types without a readable form show their octets alone; rendering them
+    // would give those octets back.
     if (hasReadableForm(row)) {
         Rendered value = renderContents(context, element, row);
         failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;

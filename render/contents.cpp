@@ -229,7 +229,7 @@ Rendered renderContents(RunContext* context, const Element& element, const Unive
     }
     if (!element.readable() || element.headerOverruns() || element.tagNumber == -1) return {};
 
-    bool readable = row != nullptr && row->pdu != 0 && row->makeText != nullptr;
+    bool readable = hasReadableForm(row);
     if (readable && plainPrimitive(element)) {
         Rendered simple;
         if (row->pdu <= kNullPdu && simpleValue(context, *row, element, simple)) return simple;

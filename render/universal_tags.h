@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "render/contents.h"
+#include "tlv/element.h"
 
 struct UniversalTag {
     std::string_view name;  // the listing's name; empty: shown as "[n]"
@@ -32,3 +33,18 @@ constexpr int valuePdu(const UniversalTag& row, int32_t length)
 
 // The row of a universal tag from 0 to 36, or null.
 const UniversalTag* universalTag(int32_t number);
+
+// Whether a universal type has a readable form; every other type (tagged,
+// SEQUENCE, OCTET STRING's kin) shows its contents' octets.
+inline bool hasReadableForm(const UniversalTag* row)
+{
+    return row != nullptr && row->pdu != 0 && row->makeText != nullptr;
+}
+
+// Contents that renderContents gives back as the octets they are, with no
+// decoder asked: a type without a readable form, of a definite length the
+// input holds, not empty. The layouts write them straight from the input.
+inline bool showsOctetsAsTheyAre(const Element& element, const UniversalTag* row)
+{
+    return !hasReadableForm(row) && element.length > 0 && !element.lengthOverruns();
+}

@@ -7,7 +7,30 @@
 #include <cstdint>
 #include <cstring>
 
+#include "runtime/decimal.h"
 #include "runtime/output.h"
+
+// Copies a short text in moves of a fixed size (two overlapping ones up to
+// 32 octets), which read and write only its own octets; longer ones by
+// memcpy. Names and fields are a few to 30 characters: a call to memcpy
+// costs more than the copy.
+inline void copyShort(char* to, const char* from, size_t size)
+{
+    if (size >= 16 && size <= 32) {
+        std::memcpy(to, from, 16);
+        std::memcpy(to + size - 16, from + size - 16, 16);
+    } else if (size >= 8 && size < 16) {
+        std::memcpy(to, from, 8);
+        std::memcpy(to + size - 8, from + size - 8, 8);
+    } else if (size >= 4 && size < 8) {
+        std::memcpy(to, from, 4);
+        std::memcpy(to + size - 4, from + size - 4, 4);
+    } else if (size < 4) {
+        for (size_t i = 0; i < size; ++i) to[i] = from[i];
+    } else {
+        std::memcpy(to, from, size);
+    }
+}
 
 class OutputLine {
 public:
@@ -34,7 +57,7 @@ public:
     int text(const char* text, size_t length)
     {
         if (begin_ == nullptr) return qorWrite(context_, text, length);
-        std::memcpy(at_, text, length);
+        copyShort(at_, text, length);
         at_ += length;
         return static_cast<int>(length);
     }
@@ -65,10 +88,17 @@ public:
     }
     int decimal(long value)
     {
-        char digits[24];
-        char* end = digits + sizeof digits;
-        char* start = decimalDigits(end, value);
-        return text(start, static_cast<size_t>(end - start));
+        if (begin_ == nullptr) {
+            char digits[24];
+            char* end = digits + sizeof digits;
+            char* start = decimalDigits(end, value);
+            return text(start, static_cast<size_t>(end - start));
+        }
+        // Whole-word stores: the slack behind the line takes the overshoot.
+        char* const from = at_;
+        if (value < 0) *at_++ = '-';
+        at_ = putDecimal(at_, value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value));
+        return static_cast<int>(at_ - from);
     }
     // Characters made by `make`, a `char* (char* out)` that writes at `out`
     // and returns the end: in place, or in a piece of its own of `kMadeMost`
@@ -87,6 +117,18 @@ public:
     // An unsigned value behind blanks up to `width`; longer numbers whole.
     int rightAligned(int width, unsigned long value)
     {
+        if (begin_ != nullptr && value < 100000000 && width >= 1 && width <= 8) {
+            // Eight digits with the leading zeros turned into blanks ('0' less
+            // 0x10), of which the last `field` stand.
+            const uint64_t digits = eightDigits(static_cast<uint32_t>(value));
+            const int zeros = __builtin_ctzll(digits | (uint64_t{1} << 56)) / 8;
+            const int field = 8 - zeros > width ? 8 - zeros : width;
+            const uint64_t blanks = zeros == 0 ? 0 : 0x1010101010101010ULL >> (8 * (8 - zeros));
+            const uint64_t spelled = ((digits | kAsciiZeros) - blanks) >> (8 * (8 - field));
+            std::memcpy(at_, &spelled, 8);
+            at_ += field;
+            return field;
+        }
         char digits[32];
         char* end = digits + sizeof digits;
         char* start = end;

@@ -26,6 +26,8 @@
 namespace {
 
 constexpr int kNameField = 18;
+// Contents up to this long go on the element's line as it is composed.
+constexpr int32_t kInLineOctets = 2048;
 
 // " hl=%d l=" with the header length.
 int printHeaderLength(OutputLine& line, int32_t header)
@@ -186,10 +188,16 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
     if (length >= 0 && length > available - header) length = available - header;
 
     const std::string_view field = context->tagWalk != nullptr ? tagField(context, depth - 1) : std::string_view();
+    // Contents shown as their octets go on the element's line, straight
+    // from the input; -dig and -tags have their own say on the contents.
+    const bool extended = showsMore(context->extensions);
+    const bool octetsInLine = !extended && context->tagWalk == nullptr && element.length <= kInLineOctets &&
+                              octetsAsTheyAre(context, element, name.row);
     int column = 0;
     {
         const size_t nameLength = name.text != nullptr ? static_cast<size_t>(name.length) : 7;
-        OutputLine line(context, nameLength + field.size() + 96);
+        const size_t octetsLength = octetsInLine ? 2 * static_cast<size_t>(element.length) + 4 : 0;
+        OutputLine line(context, nameLength + field.size() + 96 + octetsLength);
         if (lineEnd) line.character('\n');
         column = line.rightAligned(3, static_cast<unsigned long>(offset));
         column += line.text(":d=", 3);
@@ -212,6 +220,14 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
         if (!(length == LENGTH_INDEFINITE && element.emptyIndefinite()) && nameWidth < kNameField) {
             column += line.blanks(kNameField - nameWidth);
         }
+        if (octetsInLine) {
+            // A constructed element's octets are its elements'.
+            if (!element.constructed) {
+                column += line.character(':');
+                putHexValue(line, context, element.contents(), name.row != nullptr && name.row->keepsWidth, column);
+            }
+            return bad ? 1 : 0;
+        }
     }
 
     if (length == LENGTH_INDEFINITE && element.emptyIndefinite()) {
@@ -221,7 +237,6 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
         return bad ? 1 : 0;
     }
     // -dig: the walk lists the string's contents as elements.
-    const bool extended = showsMore(context->extensions);
     if (digsIn(context->extensions) && printEncapsulationMark(context, element, MAX_WALK_DEPTH - depth, true)) {
         return bad ? 1 : 0;
     }

@@ -18,8 +18,6 @@
 
 namespace {
 
-constexpr int kLineEnd = 79;      // where the layouts cut a value
-constexpr int kCopyLimit = 1024;  // the longest value shown when the line width doesn't count
 constexpr size_t kNoteRoom = 32;  // " (not bcd-timestamp)" is the longest note
 constexpr size_t kInPlaceLimit = 4096;  // longer values are made apart and copied
 // Between a field name and its value in the syntax layout; before the value
@@ -66,19 +64,6 @@ FieldValue describe(const RunContext* context, const Element& element, int level
                       buffer.capacity());
 }
 
-// Where a cut falls: the characters of a `size`-long value kept at `column`
-// (of the layouts' 79), and whether "..." marks the cut.
-size_t keptOfValue(const RunContext* context, size_t size, int column, bool& cut)
-{
-    cut = false;
-    if ((context->toolFlags & TLV_NO_SHORT) != 0) return size;
-    int room = kLineEnd - column;
-    if (context->lineWidth == 0 || context->lineWidth > static_cast<uint32_t>(kCopyLimit)) room = kCopyLimit;
-    if (size <= static_cast<size_t>(room > 0 ? room : 0)) return size;
-    cut = true;
-    return room <= 3 ? 0 : static_cast<size_t>(room - 3);
-}
-
 // " (not FORM)" into `note`; returns its length.
 size_t formNote(const char* formName, char* note, size_t capacity)
 {
@@ -98,7 +83,7 @@ void printFieldText(RunContext* context, const FieldValue& value, int column)
     const size_t noteSize = value.shown == FieldValue::Shown::Hex ? formNote(value.formName, note, sizeof note) : 0;
     const size_t size = value.text.size() + noteSize;
     bool cut = false;
-    const size_t shown = keptOfValue(context, size, column, cut);
+    const size_t shown = keptOfValue(context, size, false, column, cut);
     OutputLine line(context, size + 3);
     if (cut && noteSize > 0 && shown >= noteSize) {
         line.text(value.text.data(), shown - noteSize);
@@ -108,7 +93,7 @@ void printFieldText(RunContext* context, const FieldValue& value, int column)
     }
     const size_t fromText = std::min(shown, value.text.size());
     line.text(value.text.data(), fromText);
-    line.text(note, shown - fromText);
+    line.text(note, std::min(shown - fromText, noteSize));  // what is shown beyond the text is note
     if (cut) line.text("...", 3);
 }
 
@@ -120,6 +105,8 @@ void printFieldText(RunContext* context, const FieldValue& value, int column)
 [[gnu::noinline]] bool printContents(RunContext* context, const Element& element, const FieldValue& field,
                                      const UniversalTag* row, int column, bool bad, std::string_view separator)
 {
+    const bool layoutValue = field.shown == FieldValue::Shown::Layout || field.node->form == ValueForm::Hex;
+    if (layoutValue && printOctetsAsTheyAre(context, element, row, column, separator)) return bad;
     Rendered value = renderContents(context, element, row);
     if (!value.present()) {
         // A failed value with nothing to show is told at its own element
@@ -138,26 +125,6 @@ void printFieldText(RunContext* context, const FieldValue& value, int column)
     }
     if (failed) bad = failedValueEndsLevel(context, element, row) || bad;
     return bad;
-}
-
-// A field name of up to 32 characters in two overlapping moves of a fixed
-// size, which reads and writes only its own octets; longer ones by memcpy.
-inline void copyName(char* to, const char* from, size_t size)
-{
-    if (size >= 16 && size <= 32) {
-        std::memcpy(to, from, 16);
-        std::memcpy(to + size - 16, from + size - 16, 16);
-    } else if (size >= 8 && size < 16) {
-        std::memcpy(to, from, 8);
-        std::memcpy(to + size - 8, from + size - 8, 8);
-    } else if (size >= 4 && size < 8) {
-        std::memcpy(to, from, 4);
-        std::memcpy(to + size - 4, from + size - 4, 4);
-    } else if (size < 4) {
-        for (size_t i = 0; i < size; ++i) to[i] = from[i];
-    } else {
-        std::memcpy(to, from, size);
-    }
 }
 
 // A field name; a step that the map names nothing at has an empty view,
@@ -207,7 +174,7 @@ bool nothingToShow(const Element& element, const UniversalTag* row, bool bad)
     char* const begin = qorReserve(context, most);
     if (begin == nullptr) return false;
     char* at = begin;
-    copyName(at, field.data(), field.size());
+    copyShort(at, field.data(), field.size());
     at += field.size();
     std::memcpy(at, kSeparatorText, sizeof kSeparatorText);  // `separator` is its beginning
     at += separator.size();
@@ -220,7 +187,7 @@ bool nothingToShow(const Element& element, const UniversalTag* row, bool bad)
         noteSize = formNote(valueFormName(node.form), note, sizeof note);
     }
     bool cut = false;
-    const size_t shown = keptOfValue(context, out.length + noteSize, column, cut);
+    const size_t shown = keptOfValue(context, out.length + noteSize, false, column, cut);
     if (!cut) {
         // The whole note room in one fixed copy: the reservation holds it.
         at += out.length;

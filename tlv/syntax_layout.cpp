@@ -30,8 +30,8 @@ namespace {
 constexpr int kTypeWidth = 13;
 constexpr int kLengthWidth = 8;
 constexpr size_t kNameLimit = 12;
-constexpr int kLineEnd = 79;
-constexpr int kCopyLimit = 1024;
+// Contents up to this long go on the element's line as it is composed.
+constexpr int32_t kInLineOctets = 2048;
 
 // The Type field: the name, maybe broken over two lines; returns its width
 // on the element's line. Names are cut to 12 characters, but an
@@ -127,10 +127,16 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
         lineEnd = false;
     }
 
+    // Contents shown as their octets go on the element's line, straight
+    // from the input; -dig and -tags have their own say on the contents.
+    const bool extended = showsMore(context->extensions);
+    const bool octetsInLine = !extended && context->tagWalk == nullptr && element.length <= kInLineOctets &&
+                              octetsAsTheyAre(context, element, name.row);
     int column = 0;
     {
         const size_t nameLength = name.text != nullptr ? static_cast<size_t>(name.length) : 7;
-        OutputLine line(context, 3 * static_cast<size_t>(indentWidth) + 2 * nameLength + 80);
+        const size_t octetsLength = octetsInLine ? 2 * static_cast<size_t>(element.length) + 3 : 0;
+        OutputLine line(context, 3 * static_cast<size_t>(indentWidth) + 2 * nameLength + 80 + octetsLength);
         if (lineEnd) line.character('\n');
         column = line.blanks(indentWidth);
         const int width = printTypeName(line, name, element.tagClass == CLASS_APPLICATION, indentWidth);
@@ -145,10 +151,15 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
             line.text("END-OF-CONTENTS", 15);
             return 0;
         }
+        if (octetsInLine) {
+            // A constructed element's octets are its elements'.
+            const bool keepsWidth = name.row != nullptr && name.row->keepsWidth;
+            if (!element.constructed) putHexValue(line, context, element.contents(), keepsWidth, column);
+            return 0;
+        }
     }
     if (bad && length == LENGTH_TRUNCATED) return 1;
     // -dig: the walk lists the string's contents as elements.
-    const bool extended = showsMore(context->extensions);
     if (digsIn(context->extensions) && printEncapsulationMark(context, element, MAX_WALK_DEPTH - 1 - depth, false)) {
         return bad ? 1 : 0;
     }
@@ -170,28 +181,30 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     return bad ? 1 : 0;
 }
 
+int putHexValue(OutputLine& line, const RunContext* context, OctetView octets, bool keepsWidth, int column)
+{
+    bool cut = false;
+    const size_t shown = keptOfValue(context, 2 * static_cast<size_t>(octets.size()), keepsWidth, column, cut);
+    int printed = line.hexDigits(octets.data(), static_cast<int32_t>(shown));
+    if (cut) printed += line.text("...", 3);
+    return printed;
+}
+
+int printHexValue(RunContext* context, OctetView octets, bool keepsWidth, int column)
+{
+    OutputLine line(context, 2 * static_cast<size_t>(octets.size()) + 3);
+    return putHexValue(line, context, octets, keepsWidth, column);
+}
+
 int printRendered(RunContext* context, const Rendered& value, const UniversalTag* row, int column)
 {
-    const bool hex = value.hexForm();
-    // -utf8 text is measured and cut by characters, not octets.
-    const bool characters = !hex && showsMore(context->extensions) && utf8TextWanted(context);
-    const size_t size = hex ? 2 * static_cast<size_t>(value.hex().size())
-                        : characters ? utf8Characters(value.text(), value.textSize()) : value.textSize();
-    int room = kLineEnd - column;
     const bool keepsWidth = row != nullptr && row->keepsWidth && (context->toolFlags & TLV_VALUE_FAILED) == 0;
-    size_t shown = size;
+    if (value.hexForm()) return printHexValue(context, value.hex(), keepsWidth, column);
+    // -utf8 text is measured and cut by characters, not octets.
+    const bool characters = showsMore(context->extensions) && utf8TextWanted(context);
+    const size_t size = characters ? utf8Characters(value.text(), value.textSize()) : value.textSize();
     bool cut = false;
-    if ((context->toolFlags & TLV_NO_SHORT) == 0) {
-        if (keepsWidth || context->lineWidth == 0 || context->lineWidth > static_cast<uint32_t>(kCopyLimit)) {
-            room = kCopyLimit;
-        }
-        // Too long for the line: cut, and mark the cut with "...". With no
-        // room left at all the mark alone stands for the value.
-        if (size > static_cast<size_t>(room > 0 ? room : 0)) {
-            cut = true;
-            shown = room <= 3 ? 0 : static_cast<size_t>(room - 3);
-        }
-    }
+    const size_t shown = keptOfValue(context, size, keepsWidth, column, cut);
     if (characters) {
         OutputLine line(context, utf8PrefixOctets(value.text(), value.textSize(), shown) + 3);
         line.text(value.text(), utf8PrefixOctets(value.text(), value.textSize(), shown));
@@ -199,7 +212,21 @@ int printRendered(RunContext* context, const Rendered& value, const UniversalTag
         return static_cast<int>(shown) + (cut ? 3 : 0);
     }
     OutputLine line(context, shown + 3);
-    int printed = hex ? line.hexDigits(value.hex().data(), static_cast<int32_t>(shown)) : line.text(value.text(), shown);
+    int printed = line.text(value.text(), shown);
     if (cut) printed += line.text("...", 3);
     return printed;
+}
+
+bool printOctetsAsTheyAre(RunContext* context, const Element& element, const UniversalTag* row, int column,
+                          std::string_view separator)
+{
+    if (!octetsAsTheyAre(context, element, row)) return false;
+    // A constructed element's octets are its elements'.
+    if (!element.constructed) {
+        const OctetView contents = element.contents();
+        OutputLine line(context, separator.size() + 2 * static_cast<size_t>(contents.size()) + 3);
+        column += line.text(separator.data(), separator.size());
+        putHexValue(line, context, contents, row != nullptr && row->keepsWidth, column);
+    }
+    return true;
 }

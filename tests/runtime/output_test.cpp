@@ -9,6 +9,7 @@
 #include <string>
 
 #include "runtime/context.h"
+#include "runtime/output_line.h"
 #include "tests/test_context.h"
 
 namespace {
@@ -147,6 +148,41 @@ TEST(RunContextStop, AnOpenOutputFileIsClosedAndTheConsoleIsBack)
     EXPECT_EQ("before after", run.output());
     EXPECT_EQ("in the file", fileText(path));
     std::remove(path);
+}
+
+// Numbers on a line as printf's "%*lu" and "%ld" print them, composed in
+// place (whole-word stores) and piece by piece (a line too long for the
+// buffer), every digit count and width.
+TEST(Output, LineNumbersAsPrintfPrintsThem)
+{
+    const unsigned long values[] = {0, 7, 10, 99, 100, 999, 1000, 12345, 99999999, 100000000, 4294967295UL};
+    const long signedValues[] = {0, -1, 9, -10, 123456789, -2147483648L};
+    for (size_t most : {size_t{200}, size_t{20000}}) {
+        for (int width = 0; width <= 10; ++width) {
+            for (unsigned long value : values) {
+                TestContext run;
+                {
+                    OutputLine line(run.get(), most);
+                    line.text("<", 1);
+                    EXPECT_EQ(static_cast<int>(std::snprintf(nullptr, 0, "%*lu", width, value)),
+                              line.rightAligned(width, value));
+                    line.text(">", 1);
+                }
+                char expected[64];
+                std::snprintf(expected, sizeof expected, "<%*lu>", width, value);
+                EXPECT_EQ(expected, run.output()) << most << ' ' << width << ' ' << value;
+            }
+        }
+        for (long value : signedValues) {
+            TestContext run;
+            {
+                OutputLine line(run.get(), most);
+                line.decimal(value);
+                line.text(";", 1);
+            }
+            EXPECT_EQ(std::to_string(value) + ";", run.output()) << most;
+        }
+    }
 }
 
 }  // namespace
