@@ -29,26 +29,7 @@ int bracketedName(uint8_t tagClass, int32_t number, TagNameBuffer& buffer)
     return used;
 }
 
-// The names of the context-specific tags that CDRs use most, made once:
-// "[0]" to "[255]".
-struct ContextNames {
-    char text[256][6];
-    uint8_t length[256];
-};
-constexpr ContextNames kContextNames = [] {
-    ContextNames names{};
-    for (int number = 0; number < 256; ++number) {
-        char digits[3];
-        int count = 0;
-        for (int rest = number; count == 0 || rest != 0; rest /= 10) digits[count++] = static_cast<char>('0' + rest % 10);
-        int at = 0;
-        names.text[number][at++] = '[';
-        while (count > 0) names.text[number][at++] = digits[--count];
-        names.text[number][at++] = ']';
-        names.length[number] = static_cast<uint8_t>(at);
-    }
-    return names;
-}();
+
 
 }  // namespace
 
@@ -58,7 +39,7 @@ const char* universalTagName(int32_t tag)
     return row != nullptr && !row->name.empty() ? row->name.data() : nullptr;
 }
 
-TagText elementTagName(RunContext* context, const Element& element, TagNameBuffer& buffer)
+TagText elementTagNameSlow(RunContext* context, const Element& element, TagNameBuffer& buffer)
 {
     TagText name;
     if (element.available() == 0) return name;

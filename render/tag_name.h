@@ -3,8 +3,9 @@
 
 #include <cstdint>
 
+#include "tlv/element.h"
+
 struct RunContext;
-struct Element;
 struct UniversalTag;
 
 // Room for a bracketed name: "[APPLICATION 4294967295]".
@@ -19,9 +20,42 @@ struct TagText {
     const UniversalTag* row = nullptr;  // the universal tag's row, when it has one
 };
 
+// The names of the context-specific tags that CDRs use most, made once:
+// "[0]" to "[255]".
+struct ContextNames {
+    char text[256][6];
+    uint8_t length[256];
+};
+inline constexpr ContextNames kContextNames = [] {
+    ContextNames names{};
+    for (int number = 0; number < 256; ++number) {
+        char digits[3];
+        int count = 0;
+        for (int rest = number; count == 0 || rest != 0; rest /= 10) digits[count++] = static_cast<char>('0' + rest % 10);
+        int at = 0;
+        names.text[number][at++] = '[';
+        while (count > 0) names.text[number][at++] = digits[--count];
+        names.text[number][at++] = ']';
+        names.length[number] = static_cast<uint8_t>(at);
+    }
+    return names;
+}();
+
 // Reports code 37 for a tag of 00 whose second octet isn't 0, and code 17 for
 // a high-tag-number identifier with nothing behind its first octet.
-TagText elementTagName(RunContext* context, const Element& element, TagNameBuffer& buffer);
+TagText elementTagNameSlow(RunContext* context, const Element& element, TagNameBuffer& buffer);
+inline TagText elementTagName(RunContext* context, const Element& element, TagNameBuffer& buffer)
+{
+    // The context-specific tags of a CDR: a name made once, nothing to report.
+    if (element.tagClass == CLASS_CONTEXT && element.tagNumber >= 0 && element.tagNumber < 256 &&
+        element.available() != 0) {
+        TagText name;
+        name.text = kContextNames.text[element.tagNumber];
+        name.length = kContextNames.length[element.tagNumber];
+        return name;
+    }
+    return elementTagNameSlow(context, element, buffer);
+}
 
 // The same for the element at `element`; null when there is no name.
 const char* tagNameText(RunContext* context, const uint8_t* element, int32_t available, TagNameBuffer& buffer);

@@ -156,8 +156,29 @@ void walkDecomposed(RunContext* context, const uint8_t* element, int32_t& count,
     walkLevel(context, element, count, offset, depth);
 }
 
+namespace {
+
+// The line of an end-of-contents that stands where the walk expects one.
+void printEndOfContentsLine(RunContext* context, int depth, long offset)
+{
+    static constexpr char kFields[] = " hl=2 l=   0 prim: END-OF-CONTENTS";
+    OutputLine line(context, 48 + sizeof kFields);
+    line.character('\n');
+    line.rightAligned(3, static_cast<unsigned long>(offset));
+    line.text(":d=", 3);
+    line.rightAligned(2, static_cast<unsigned long>(depth));
+    line.text(kFields, sizeof kFields - 1);
+}
+
+}  // namespace
+
 int printDecomposedElement(RunContext* context, const Element& element, int depth, long offset, bool& indefinite)
 {
+    if (indefinite && element.isEndOfContents()) {
+        printEndOfContentsLine(context, depth, offset);
+        indefinite = false;
+        return 0;
+    }
     TagNameBuffer nameBuffer;
     TagText name = elementTagName(context, element, nameBuffer);
     if (name.text == nullptr) return 1;

@@ -109,7 +109,16 @@ bool skipToEndOfContents(RunContext* context, const uint8_t*& cursor, int32_t& r
         if (remaining == 0) return noEnd();
         const uint8_t* inner = cursor;
         int32_t left = remaining;
-        int32_t length = readHeader(context, inner, left);
+        int32_t length;
+        if (remaining >= 2 && (cursor[0] & HIGH_TAG_MASK) != HIGH_TAG_MASK && cursor[1] <= 0x80) {
+            // What readHeader gives for the header nearly every element has:
+            // one identifier octet, a short or an indefinite length.
+            length = cursor[1] == 0x80 ? LENGTH_INDEFINITE : cursor[1];
+            inner = cursor + 2;
+            left = length == LENGTH_INDEFINITE || length <= remaining - 2 ? remaining - 2 : 0;
+        } else {
+            length = readHeader(context, inner, left);
+        }
         if (length == LENGTH_TRUNCATED) {
             signalError(context, kPrematureEnd, place(cursor), remaining);
             return noEnd();
