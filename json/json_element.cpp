@@ -168,8 +168,8 @@ bool writeLimitedHex(RunContext* context, OctetView octets)
     return cut;
 }
 
-int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element& element, int64_t offset,
-                        bool& indefinite, const JsonField* field)
+int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element& element,
+                        const RisingNumber& offset, bool sibling, bool& indefinite, const JsonField* field)
 {
     const auto place = reinterpret_cast<intptr_t>(element.start());
     const int32_t available = element.available();
@@ -178,7 +178,10 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
     const bool definite = element.readable() && element.length >= 0 && element.length <= element.room();
     const int32_t hexMost = definite && !element.constructed ? std::min(element.length, kJsonValueLimit) : 0;
     OutputLine line(context, OutputLine::kMadeMost + 2 * static_cast<size_t>(hexMost) + 32);
-    line.made([offset](char* out) { return putJsonNumber(put(out, "{\"offset\":"), offset); });
+    line.made([&offset, sibling](char* out) {
+        if (sibling) *out++ = ',';
+        return offset.put(put(out, "{\"offset\":"));
+    });
     if (element.firstOctet() == 0) {
         line.finish();
         signalError(context, kTagZero, 0, 0);
@@ -189,7 +192,7 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
         writeClassAndTag(context, element);
         writeOctets(context, element);
         signalError(context, kPrematureEnd, place, available);
-        return 1;
+        return kLevelEnds;
     }
     if (element.identifier == 0) return 0;
 
@@ -213,7 +216,9 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
     if (indefinite && !headerRunsOff) line.text(",\"indefinite\":true", 18);
     if (definite && !headerRunsOff && !element.constructed && field == nullptr && !hasReadableForm(tag.row)) {
         putPlainHex(line, noShort(context), element.contents());
-        return 0;
+        if (!errors.empty()) return 0;
+        line.character('}');
+        return kObjectClosed;
     }
     line.finish();
 
@@ -224,13 +229,13 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
         } else {
             signalError(context, kPrematureEnd, place, available);
         }
-        return 1;
+        return kLevelEnds;
     }
     if (!indefinite && element.length > element.room()) {
         // The walk takes what there is and ends the level, as the listing does.
         signalError(context, kLengthOverrun, element.length, element.room());
         writeLimitedHex(context, element.behindHeader());
-        return 1;
+        return kLevelEnds;
     }
     // A constructed element gets its elements from the walk; a primitive one
     // in the indefinite form has no count of contents octets to show.

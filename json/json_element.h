@@ -10,6 +10,7 @@ struct RunContext;
 struct Element;
 struct TagNode;
 class ErrorCapture;
+class RisingNumber;
 class TagMap;
 
 // What -tags knows of an element: its node in the map (null: unknown).
@@ -34,8 +35,13 @@ inline constexpr char kValueFailedText[] = "Value misencoded, contents do not de
 // `indefinite` for an indefinite length. The object stays open. `field` is
 // null without -tags; with it, a known element gets "field" and its value
 // in the map's form.
-int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element& element, int64_t offset,
-                        bool& indefinite, const JsonField* field);
+// `sibling`: an element of the same array stands in front (a comma first).
+// kObjectClosed: the element's value is all it has, and nothing was
+// reported: its object is closed already.
+constexpr int kLevelEnds = 1;
+constexpr int kObjectClosed = 2;
+int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element& element,
+                        const RisingNumber& offset, bool sibling, bool& indefinite, const JsonField* field);
 
 // ,"hex":"..": octets, cut at kJsonValueLimit unless -noshort; returns
 // whether they were cut.

@@ -86,7 +86,9 @@ private:
     bool startRecord(Level& level);
     void writeHeaderObject(const char* kind, OctetView octets);
     void skipPaddingOctets(Level& level);
-    void openElement(Level& level, int depth);
+    // Reads the element `level` stands at; true when an element of its
+    // level stands in front of it (a comma goes first).
+    bool openElement(Level& level, int depth);
     void enterContents(Level& level, int depth, int& next);
     void enterEncapsulated(Level& level, int depth, int& next);
     void openArray(Level& level, int depth, const uint8_t* inside, int32_t count);
@@ -108,6 +110,7 @@ private:
     // elements a string encapsulates (-dig) go on below the string's node.
     std::optional<TagWalk> tags_;
     JsonField field_ = {nullptr, nullptr};
+    RisingNumber offsets_;  // the elements' offsets
 };
 
 // The map's node of the element `level` stands at; null without -tags.
@@ -185,14 +188,15 @@ bool JsonWalk::startRecord(Level& level)
     return true;
 }
 
-void JsonWalk::openElement(Level& level, int depth)
+bool JsonWalk::openElement(Level& level, int depth)
 {
-    if (depth > 0 && !level.first) writeJsonLiteral(context_, ",");
+    const bool sibling = depth > 0 && !level.first;
     level.first = false;
     readElementInto(level.read, level.element, level.count);
     level.open = true;
     level.inside = nullptr;
     level.arrayOpen = false;
+    return sibling;
 }
 
 void JsonWalk::closeElement(Level& level)
@@ -278,10 +282,12 @@ void JsonWalk::walk(int32_t count)
         Level& level = levels_[depth];
         if (atStart) {
             if (depth == 0 && !startRecord(level)) return;
-            openElement(level, depth);
+            const bool sibling = openElement(level, depth);
             countElement(context_, depth == 0);
-            if (writeElementOpening(context_, errors_, level.read, offsetOf(level.element), level.indefinite,
-                                    fieldOf(level, depth)) != 0) {
+            offsets_.set(offsetOf(level.element));
+            const int opened = writeElementOpening(context_, errors_, level.read, offsets_, sibling,
+                                                   level.indefinite, fieldOf(level, depth));
+            if (opened == kLevelEnds) {
                 // The level ends at this element, as the listing's does.
                 closeElement(level);
                 if (depth == 0) {
@@ -292,11 +298,15 @@ void JsonWalk::walk(int32_t count)
                 atStart = false;
                 continue;
             }
-            int deeper = depth;
-            enterContents(level, depth, deeper);
-            if (deeper != depth) {
-                depth = deeper;
-                continue;
+            if (opened == kObjectClosed) {
+                level.open = false;
+            } else {
+                int deeper = depth;
+                enterContents(level, depth, deeper);
+                if (deeper != depth) {
+                    depth = deeper;
+                    continue;
+                }
             }
         }
         // Behind the element's contents: its end-of-contents, then the step
@@ -307,7 +317,7 @@ void JsonWalk::walk(int32_t count)
             endOfContentsFollows(context_, level.inside + level.contentsLength);
         }
         const uint8_t* next = nextElementOf(context_, level.read, level.count);
-        closeElement(level);
+        if (level.open) closeElement(level);
         if (depth == 0) closeRecord();
         if (next == nullptr || level.count == 0) {
             if (depth == 0) return;

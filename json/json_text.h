@@ -45,6 +45,50 @@ inline char* putJsonNumber(char* out, int64_t value)
     return putJsonNumberSlow(out, value);
 }
 
+// The JSON text of a number that rises by small steps (the offsets of a
+// walk's elements, one after the other): the digits of the last one are
+// stepped up in place instead of made anew.
+class RisingNumber {
+public:
+    // Makes `value` the number whose text put() writes.
+    void set(int64_t value)
+    {
+        if (value > value_ && value - value_ < kLargestStep && value_ >= 0 && value < kLargestStepped &&
+            stepUp(static_cast<uint32_t>(value - value_))) {
+            value_ = value;
+            return;
+        }
+        length_ = static_cast<uint8_t>(putJsonNumber(digits_, value) - digits_);
+        value_ = value;
+    }
+    // The text at `out`, which needs room for 24 characters; returns the end.
+    char* put(char* out) const
+    {
+        std::memcpy(out, digits_, sizeof digits_);
+        return out + length_;
+    }
+
+private:
+    static constexpr int64_t kLargestStep = 1 << 16;
+    static constexpr int64_t kLargestStepped = int64_t{1} << 53;  // no quotes up to here
+
+    // Adds `step` to the digits; false when a digit more is needed.
+    bool stepUp(uint32_t step)
+    {
+        for (int at = length_ - 1; step != 0; --at) {
+            if (at < 0) return false;
+            step += static_cast<uint32_t>(digits_[at] - '0');
+            digits_[at] = static_cast<char>('0' + step % 10);
+            step /= 10;
+        }
+        return true;
+    }
+
+    int64_t value_ = -1;
+    char digits_[24] = {};
+    uint8_t length_ = 0;
+};
+
 // Text at `out`, for fields composed in a buffer of the caller's: a
 // literal by its known size, any other text by its length.
 template <size_t N>

@@ -222,7 +222,7 @@ const uint8_t* firstInside(RunContext* context, const uint8_t* element, int32_t&
     return firstInsideOf(context, readElement(element, count), count);
 }
 
-const uint8_t* nextElementOf(RunContext* context, const Element& element, int32_t& count)
+const uint8_t* nextElementOfSlow(RunContext* context, const Element& element, int32_t& count)
 {
     // What readHeader gives for the element: nothing at all, a header that
     // runs off the data, or a length.
@@ -252,7 +252,7 @@ const uint8_t* nextElementOf(RunContext* context, const Element& element, int32_
     return count == 0 ? nullptr : element.start() + element.header + length;
 }
 
-const uint8_t* firstInsideOf(RunContext* context, const Element& element, int32_t& count)
+const uint8_t* firstInsideOfSlow(RunContext* context, const Element& element, int32_t& count)
 {
     if (count == 0 || !element.constructed) return nullptr;
     // A definite length that the data holds: its contents, and nothing to report.

@@ -23,6 +23,28 @@ int32_t tagNumber(RunContext* context, const uint8_t* element, int32_t count);
 uint32_t readBigEndian(int count, const uint8_t* octets);
 
 // nextElement and firstInside of an element already read; `count` is its
-// available octets on entry.
-const uint8_t* nextElementOf(RunContext* context, const Element& element, int32_t& count);
-const uint8_t* firstInsideOf(RunContext* context, const Element& element, int32_t& count);
+// available octets on entry. Inline for a definite length that the data
+// holds, where there is nothing to find and nothing to report.
+const uint8_t* nextElementOfSlow(RunContext* context, const Element& element, int32_t& count);
+const uint8_t* firstInsideOfSlow(RunContext* context, const Element& element, int32_t& count);
+inline bool definiteAndHeld(const Element& element)
+{
+    return element.readable() && element.length >= 0 && element.length <= element.room();
+}
+inline const uint8_t* nextElementOf(RunContext* context, const Element& element, int32_t& count)
+{
+    if (count != 0 && definiteAndHeld(element)) {
+        count -= element.header + element.length;
+        return count == 0 ? nullptr : element.start() + element.header + element.length;
+    }
+    return nextElementOfSlow(context, element, count);
+}
+inline const uint8_t* firstInsideOf(RunContext* context, const Element& element, int32_t& count)
+{
+    if (count == 0 || !element.constructed) return nullptr;
+    if (definiteAndHeld(element)) {
+        count = element.length;
+        return count == 0 ? nullptr : element.start() + element.header;
+    }
+    return firstInsideOfSlow(context, element, count);
+}

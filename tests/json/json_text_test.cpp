@@ -117,4 +117,20 @@ TEST(JsonText, NumbersBeyondTwoToThe53AreStrings)
     }
 }
 
+// Offsets rise by small steps, by carries into a digit more, by jumps, and
+// go back (a new walk): every text as putJsonNumber makes it.
+TEST(JsonText, RisingNumbersAsMadeAnew)
+{
+    const int64_t values[] = {0,   2,  9,  10,      98,      99,     100,     65535,    65536, 131072, 131071,
+                              7,   99999998, 99999999, 100000001, 9007199254740990LL, 9007199254740992LL,
+                              9007199254740993LL, 9007199254740994LL, 12};
+    RisingNumber rising;
+    for (int64_t value : values) {
+        rising.set(value);
+        char made[32];
+        char stepped[32];
+        EXPECT_EQ(std::string(made, putJsonNumber(made, value)), std::string(stepped, rising.put(stepped))) << value;
+    }
+}
+
 }  // namespace
