@@ -75,6 +75,12 @@ private:
     // Adds `step` to the digits; false when a digit more is needed.
     bool stepUp(uint32_t step)
     {
+        // Most steps change the last digit alone.
+        const uint32_t last = static_cast<uint32_t>(digits_[length_ - 1] - '0') + step;
+        if (last < 10) {
+            digits_[length_ - 1] = static_cast<char>('0' + last);
+            return true;
+        }
         for (int at = length_ - 1; step != 0; --at) {
             if (at < 0) return false;
             step += static_cast<uint32_t>(digits_[at] - '0');
