@@ -12,6 +12,7 @@
 #include "runtime/extensions.h"
 #include "runtime/output_line.h"
 #include "tlv/element.h"
+#include "tlv/reader.h"
 
 namespace {
 
@@ -63,11 +64,11 @@ bool structureFault(const Element& element)
 }
 
 // What the walk would go through if the level didn't end here.
-uint64_t elementsHidden(const Element& element)
+uint64_t elementsHidden(RunContext* context, const Element& element)
 {
     if (!trustedEnd(element)) return 0;
     const int32_t from = element.constructed ? element.header : element.header + element.length;
-    return countElementsIn(element.whole.from(from));
+    return countElementsIn(enclosingContents(context, element).from(from));
 }
 
 // A failed value: counted, and its reason kept under -diagnose. Whether the
@@ -80,7 +81,7 @@ bool failedValue(RunContext* context, const Element& element, const UniversalTag
     if (!diagnosing(context)) {
         if (tally != nullptr) {
             ++tally->failedValues;
-            if (!shownAll) tally->hiddenElements += elementsHidden(element);
+            if (!shownAll) tally->hiddenElements += elementsHidden(context, element);
         }
         return true;
     }

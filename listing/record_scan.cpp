@@ -252,5 +252,7 @@ bool RecordScan::next(RecordStretch& stretch, std::vector<int64_t>& recordEnds, 
     }
     if (position_ == begin && end_ != ScanEnd::Tail) return false;
     fillStretch(stretch, begin, position_, recordsBefore);
+    // The tail begins with the record the scan couldn't step over.
+    stretch.verified = end_ != ScanEnd::Tail;
     return true;
 }

@@ -287,6 +287,7 @@ int StretchListing::run()
                 pool->stop();
             }
             RecordStretch rest = restOf(work, from);
+            rest.verified = false;  // it goes on past the stretch, and a report is due
             // One walk to the end of the input where it can hold the rest: a
             // failed value counts what it hides up to there.
             const bool toEnd = input_.size - rest.offset <= kLargestStretch;

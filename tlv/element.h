@@ -39,6 +39,13 @@ struct Element {
     int32_t tagNumber = -1;
     uint8_t tagClass = CLASS_UNIVERSAL;
     bool constructed = false;
+    // `whole` runs on past the enclosing contents, which end at the first
+    // end-of-contents their steps meet from here (the contents of a verified
+    // indefinite element, whose end a walk takes where it comes to it).
+    bool openEnded = false;
+    // An indefinite element whose end-of-contents is known to be there (it
+    // lies in a verified record): searching for it finds it.
+    bool endVerified = false;
 
     const uint8_t* start() const { return whole.data(); }
     int32_t available() const { return whole.size(); }
@@ -86,6 +93,8 @@ inline void readElementInto(Element& element, OctetView whole)
         element.tagNumber = first & HIGH_TAG_MASK;
         element.tagClass = static_cast<uint8_t>(first >> 6);
         element.constructed = (first & CONSTRUCTED_BIT) != 0;
+        element.openEnded = false;
+        element.endVerified = false;
         return;
     }
     element = readLongElement(whole);

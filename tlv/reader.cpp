@@ -308,3 +308,12 @@ uint32_t readBigEndian(int count, const uint8_t* octets)
     for (int i = 0; i < count; ++i) value = (value << 8) | octets[i];
     return value;
 }
+
+OctetView enclosingContents(RunContext* context, const Element& element)
+{
+    if (!element.openEnded) return element.whole;
+    const uint8_t* cursor = element.start();
+    int32_t remaining = element.available();
+    if (!skipToEndOfContents(context, cursor, remaining)) return element.whole;
+    return element.whole.first(static_cast<int32_t>(cursor - 2 - element.start()));
+}

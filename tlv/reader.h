@@ -48,3 +48,8 @@ inline const uint8_t* firstInsideOf(RunContext* context, const Element& element,
     }
     return firstInsideOfSlow(context, element, count);
 }
+
+// The octets of an element's enclosing contents from the element on: its
+// `whole`, or for an open-ended element those up to the end-of-contents
+// that ends them, found without a report.
+OctetView enclosingContents(RunContext* context, const Element& element);

@@ -167,6 +167,7 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     if (context->tagWalk != nullptr) {
         return printSyntaxFieldContents(context, element, depth, name.row, column, bad) ? 1 : 0;
     }
+    if (nothingToShow(context, element, name.row)) return bad ? 1 : 0;
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;

@@ -37,6 +37,14 @@ inline bool octetsAsTheyAre(const RunContext* context, const Element& element, c
 {
     return (context->toolFlags & TLV_VALUE_FAILED) == 0 && showsOctetsAsTheyAre(element, row);
 }
+// A constructed element of a type without a readable form whose end is
+// known to be there, while no failed value's flag stands: its contents are
+// its elements, and nothing is shown for them on its own line.
+inline bool nothingToShow(const RunContext* context, const Element& element, const UniversalTag* row)
+{
+    return element.constructed && element.endVerified && !hasReadableForm(row) &&
+           (context->toolFlags & TLV_VALUE_FAILED) == 0;
+}
 // Where the readable layouts cut a value of `size` characters that starts at
 // `column` (of their 79): the characters kept, and whether "..." marks the
 // cut. A value that keeps its width, or a listing without a line width,

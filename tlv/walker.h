@@ -41,6 +41,11 @@ struct RecordStretch {
     int64_t origin = 0;         // of the listed input in its file (+offset)
     long recordsBefore = 0;     // records listed in front of the stretch
     CdrProbe probe = {0, 0, 0};  // the CDR headers found at the start of the input
+    // Every record of the stretch was stepped over without a finding: each
+    // indefinite element that the indefinite record holds (directly, or in
+    // indefinite elements) ends at the first end-of-contents its contents'
+    // steps meet, so a walk finds that end as it gets there.
+    bool verified = false;
 };
 
 // The steps in front of each record of the top level: CDR file and record
@@ -52,9 +57,11 @@ public:
     RecordSteps(RunContext* context, const uint8_t* input, int32_t count);
     // Goes on in front of a stretch's first record.
     explicit RecordSteps(const RecordStretch& stretch)
-        : probe_(stretch.probe), recordNumber_(static_cast<int>(stretch.recordsBefore))
+        : probe_(stretch.probe), recordNumber_(static_cast<int>(stretch.recordsBefore)), verified_(stretch.verified)
     {
     }
+    // The records are verified (RecordStretch::verified).
+    bool verified() const { return verified_; }
     // Counts the next record and steps over what stands in front of it;
     // false when the walk must end instead.
     bool next(RunContext* context, const uint8_t*& element, int32_t& count, bool& titles);
@@ -62,6 +69,7 @@ public:
 private:
     CdrProbe probe_ = {0, 0, 0};
     int recordNumber_ = 0;
+    bool verified_ = false;
 };
 
 // The line of an end-of-contents at `depth`, in the layout's form.
