@@ -49,65 +49,166 @@ int printElementFields(OutputLine& line, const Element& element, int32_t header,
     return column + line.text(name.text, static_cast<size_t>(name.length));
 }
 
-void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth);
+constexpr int32_t kEndAhead = -1;
 
-// Goes into a constructed element and closes it when it is indefinite.
-void walkInside(RunContext* context, const Element& element, int32_t count, long& offset, int depth,
-                bool indefinite)
+// One open level of the walk: the element it stands at, what is left of its
+// enclosing contents, and what was found of the element.
+struct Level {
+    const uint8_t* element;
+    int32_t count;
+    Element read;
+    long start;        // the element's offset
+    int32_t before;    // `count` when the element was read
+    bool stopped;      // the element ended its level
+    bool indefinite;
+    const uint8_t* inside;   // its first contents octet, when the walk went in
+    long insideOffset;
+    int32_t contentsLength;  // kEndAhead: to be found by the level inside
+    // The level's elements lie in a verified indefinite element: the level
+    // ends at the first end-of-contents its steps meet; `count` only bounds it.
+    bool endsAtEndOfContents;
+    bool endFound;  // the level inside met the element's end-of-contents
+};
+
+// Whether the element's end may be taken where its contents' steps meet an
+// end-of-contents: a constructed, indefinite element of a verified PDU, in
+// indefinite elements only.
+bool endFoundAhead(const Level& level, bool firstLevel, bool verified)
 {
-    int32_t inner = count;
-    const uint8_t* inside = firstInsideOf(context, element, inner);
+    if (!level.read.constructed || !level.read.indefinite()) return false;
+    return firstLevel ? verified : level.endsAtEndOfContents;
+}
+
+// Goes into the element the level stands at (`ahead`: up to the end of the
+// enclosing contents, for the level inside to stop at the end-of-contents);
+// gives its first contents octet, or null.
+const uint8_t* goInside(RunContext* context, Level& level, int depth, bool ahead, int32_t& inner)
+{
+    inner = level.count;
+    const uint8_t* inside = nullptr;
+    if (!ahead) {
+        inside = firstInsideOf(context, level.read, inner);
+    } else if (level.read.behindHeader().startsWithEndOfContents()) {
+        inner = 0;  // the end-of-contents alone
+    } else {
+        inside = level.read.behindHeader().data();
+        inner = level.read.behindHeader().size();
+    }
     if (inside == nullptr && digsIn(context->extensions)) {
         // -dig: a string that encapsulates BER is gone into like a constructed element.
-        const OctetView dug = encapsulatedContents(context, element, MAX_WALK_DEPTH - depth);
+        const OctetView dug = encapsulatedContents(context, level.read, MAX_WALK_DEPTH - depth);
         if (!dug.empty()) {
             inside = dug.data();
             inner = dug.size();
+            ahead = false;
         }
     }
-    if (inside == nullptr) return;
-    const int32_t contentsLength = inner;
-    offset += inside - element.start();
-    if (depth + 1 <= MAX_WALK_DEPTH) {
-        walkLevel(context, inside, inner, offset, depth + 1);
-    } else {
-        printTooDeep(context, depth + 1);
-        offset += contentsLength;
-    }
-    if (indefinite) {
-        bool endOfContents = true;
-        printDecomposedElement(context, readElement(inside + contentsLength, 2), depth, offset, endOfContents);
-    }
+    level.contentsLength = ahead && inside != nullptr ? kEndAhead : inner;
+    return inside;
 }
 
-// One element with what lies inside it; gives the next element of the
-// level, or null when the level ends here.
-const uint8_t* walkElement(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth,
-                           bool top)
+// Closes the element the level stands at: its end-of-contents line, then
+// the step to the next element of the level; null when the level ends.
+const uint8_t* closeElement(RunContext* context, Level& level, int depth, long& offset)
 {
-    bool indefinite = false;
-    const Element read = readElement(element, count);
-    if (context->tagWalk != nullptr) context->tagWalk->enter(depth - 1, read.tagClass, read.tagNumber);
-    int stop = (context->toolFlags & TLV_DIAGNOSE) == 0
-                   ? printDecomposedElement(context, read, depth, offset, indefinite)
-                   : printDecomposedDiagnosed(context, read, depth, offset, indefinite, top);
-    const int32_t before = count;
-    const long start = offset;
     const uint8_t* next = nullptr;
-    if (stop == 0) {
-        walkInside(context, read, count, offset, depth, indefinite);
-        next = nextElementOf(context, read, count);
+    if (!level.stopped) {
+        if (level.inside != nullptr) {
+            if (level.contentsLength == kEndAhead) {
+                // The level inside ended elsewhere than at an end-of-contents:
+                // the end is searched for, as for any element.
+                int32_t inner = level.count;
+                firstInsideOf(context, level.read, inner);
+                level.contentsLength = inner;
+            }
+            offset = level.insideOffset + level.contentsLength;
+            if (level.indefinite) {
+                bool endOfContents = true;
+                printDecomposedElement(context, readElement(level.inside + level.contentsLength, 2), depth, offset,
+                                       endOfContents);
+            }
+        }
+        if (level.endFound) {
+            const uint8_t* end = level.inside + level.contentsLength + 2;
+            level.count -= static_cast<int32_t>(end - level.element);
+            next = level.count == 0 ? nullptr : end;
+        } else {
+            next = nextElementOf(context, level.read, level.count);
+        }
     }
-    offset = start + (next != nullptr ? next - element : before);
+    offset = level.start + (next != nullptr ? next - level.element : level.before);
     return next;
 }
 
-void walkLevel(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth)
+// Walks the elements of a level from `first` on (`onePdu`: the one element
+// of a PDU), and all that lies inside them, level by level on a stack of
+// its own. Gives what follows the PDU, or null.
+const uint8_t* walkFrom(RunContext* context, const uint8_t* first, int32_t& count, long& offset, int firstDepth,
+                        bool onePdu, bool verified)
 {
+    Level levels[MAX_WALK_DEPTH + 2];
+    int depth = firstDepth;
+    Level* level = &levels[0];
+    level->element = first;
+    level->count = count;
+    level->endsAtEndOfContents = false;
     while (true) {
-        const uint8_t* next = walkElement(context, element, count, offset, depth, false);
-        if (next == nullptr || count == 0) return;
-        element = next;
+        // Print the element the level stands at, and go inside it.
+        level->read = readElement(level->element, level->count);
+        level->read.openEnded = level->endsAtEndOfContents;
+        const bool ahead = (context->toolFlags & TLV_FIX_ENCODING) == 0 && endFoundAhead(*level, level == levels, verified);
+        level->read.endVerified = ahead;
+        if (context->tagWalk != nullptr) context->tagWalk->enter(depth - 1, level->read.tagClass, level->read.tagNumber);
+        level->indefinite = false;
+        const bool top = onePdu && level == levels;
+        level->stopped = ((context->toolFlags & TLV_DIAGNOSE) == 0
+                              ? printDecomposedElement(context, level->read, depth, offset, level->indefinite)
+                              : printDecomposedDiagnosed(context, level->read, depth, offset, level->indefinite, top)) != 0;
+        level->before = level->count;
+        level->start = offset;
+        level->inside = nullptr;
+        level->endFound = false;
+        if (!level->stopped) {
+            int32_t inner = 0;
+            level->inside = goInside(context, *level, depth, ahead, inner);
+            if (level->inside != nullptr) {
+                offset += level->inside - level->element;
+                level->insideOffset = offset;
+                if (depth + 1 <= MAX_WALK_DEPTH) {
+                    Level* child = level + 1;
+                    child->element = level->inside;
+                    child->count = inner;
+                    child->endsAtEndOfContents = level->contentsLength == kEndAhead;
+                    level = child;
+                    ++depth;
+                    continue;
+                }
+                printTooDeep(context, depth + 1);
+            }
+        }
+        // Close the element and step on; a level that ends hands over to the
+        // one above, which closes the element it went into.
+        while (true) {
+            const uint8_t* next = closeElement(context, *level, depth, offset);
+            const bool more = next != nullptr && level->count != 0;
+            if (more && !(level->endsAtEndOfContents && level->count >= 2 && next[0] == 0 && next[1] == 0)) {
+                if (!(onePdu && level == levels)) {
+                    level->element = next;
+                    break;
+                }
+            } else if (more && level != levels) {
+                // The end-of-contents of the element above.
+                Level& above = level[-1];
+                above.contentsLength = static_cast<int32_t>(next - above.inside);
+                above.endFound = true;
+            }
+            if (level == levels) {
+                count = level->count;
+                return next;
+            }
+            --level;
+            --depth;
+        }
     }
 }
 
@@ -126,7 +227,7 @@ void walkPdus(RunContext* context, const RecordStretch& stretch, int32_t& count)
                      static_cast<long>(stretch.offset + (element - stretch.data)));
         }
         long offset = 0;
-        const uint8_t* next = walkElement(context, element, count, offset, 1, true);
+        const uint8_t* next = walkFrom(context, element, count, offset, 1, true, stretch.verified);
         ++listed;
         qorRecordDone(context, element);
         if (next == nullptr) return;
@@ -153,7 +254,7 @@ bool listDecomposedStretch(RunContext* context, const RecordStretch& stretch)
 void walkDecomposed(RunContext* context, const uint8_t* element, int32_t& count, long& offset, int depth)
 {
     if (count <= 0) return;
-    walkLevel(context, element, count, offset, depth);
+    walkFrom(context, element, count, offset, depth, false, false);
 }
 
 namespace {
@@ -264,6 +365,7 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
     if (context->tagWalk != nullptr) {
         return printDecomposedFieldContents(context, element, depth - 1, name.row, column, bad) ? 1 : 0;
     }
+    if (nothingToShow(context, element, name.row)) return bad ? 1 : 0;
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
