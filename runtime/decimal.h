@@ -60,3 +60,18 @@ inline char* putDecimal(char* out, uint64_t value)
     std::memcpy(out, &digits, 8);
     return out + 8;
 }
+
+// 0 to 999 as four characters each, right-aligned behind blanks ("   7",
+// " 334"), and four more for reading past the last: the columns of a
+// listing line take the last characters they need.
+inline constexpr std::array<char, 4004> kRightAlignedSmall = [] {
+    std::array<char, 4004> table{};
+    for (int value = 0; value < 1000; ++value) {
+        char* field = &table[4 * static_cast<size_t>(value)];
+        field[0] = ' ';
+        field[1] = value >= 100 ? static_cast<char>('0' + value / 100) : ' ';
+        field[2] = value >= 10 ? static_cast<char>('0' + value / 10 % 10) : ' ';
+        field[3] = static_cast<char>('0' + value % 10);
+    }
+    return table;
+}();

@@ -117,6 +117,14 @@ public:
     // An unsigned value behind blanks up to `width`; longer numbers whole.
     int rightAligned(int width, unsigned long value)
     {
+        if (begin_ != nullptr && value < 1000 && width >= 1 && width <= 4) {
+            // Offsets in a record, depths, lengths: the field from a table.
+            const int digits = value < 10 ? 1 : value < 100 ? 2 : 3;
+            const int field = digits > width ? digits : width;
+            std::memcpy(at_, &kRightAlignedSmall[4 * value + 4 - static_cast<unsigned long>(field)], 4);
+            at_ += field;
+            return field;
+        }
         if (begin_ != nullptr && value < 100000000 && width >= 1 && width <= 8) {
             // Eight digits with the leading zeros turned into blanks ('0' less
             // 0x10), of which the last `field` stand.

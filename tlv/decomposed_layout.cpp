@@ -82,7 +82,7 @@ bool endFoundAhead(const Level& level, bool firstLevel, bool verified)
 // Goes into the element the level stands at (`ahead`: up to the end of the
 // enclosing contents, for the level inside to stop at the end-of-contents);
 // gives its first contents octet, or null.
-const uint8_t* goInside(RunContext* context, Level& level, int depth, bool ahead, int32_t& inner)
+inline const uint8_t* goInside(RunContext* context, Level& level, int depth, bool ahead, int32_t& inner)
 {
     inner = level.count;
     const uint8_t* inside = nullptr;
@@ -154,7 +154,7 @@ const uint8_t* walkFrom(RunContext* context, const uint8_t* first, int32_t& coun
     level->endsAtEndOfContents = false;
     while (true) {
         // Print the element the level stands at, and go inside it.
-        level->read = readElement(level->element, level->count);
+        readElementInto(level->read, level->element, level->count);
         level->read.openEnded = level->endsAtEndOfContents;
         const bool ahead = (context->toolFlags & TLV_FIX_ENCODING) == 0 && endFoundAhead(*level, level == levels, verified);
         level->read.endVerified = ahead;
