@@ -6,7 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "diagnose/tally.h"
+#include "json/json_layout.h"
+#include "runtime/extensions.h"
 #include "tests/test_context.h"
+#include "tlv/decomposed_layout.h"
+#include "tlv/hex_layout.h"
+#include "tlv/syntax_layout.h"
 #include "tlv/reader.h"
 
 namespace {
@@ -168,4 +174,96 @@ TEST(RecordScan, PlainEndOfContentsAgreesWithTheWalk)
         EXPECT_EQ(0, context.lastError()) << round;
     }
     EXPECT_GT(found, 1000);
+}
+
+namespace {
+
+// Records for the listings: indefinite SEQUENCEs of random contents (some
+// verify, some don't), definite ones, and a universal value that fails to
+// decode, which hides what follows it in its level.
+Octets randomRecords(std::mt19937& random)
+{
+    Octets input;
+    const int records = 1 + static_cast<int>(random() % 4);
+    for (int record = 0; record < records; ++record) {
+        Octets contents = randomContents(random);
+        if (random() % 3 == 0) contents.insert(contents.begin(), {0x30, 0x80, 0x01, 0x00, 0x05, 0x00, 0x00, 0x00});
+        if (random() % 4 == 0) {
+            input.insert(input.end(), {0x30, static_cast<uint8_t>(contents.size() & 0x7F)});
+        } else {
+            input.insert(input.end(), {0x30, 0x80});
+            contents.insert(contents.end(), {0x00, 0x00});
+        }
+        input.insert(input.end(), contents.begin(), contents.end());
+    }
+    return input;
+}
+
+struct Listed {
+    std::string text;
+    uint64_t failedValues;
+    uint64_t hiddenElements;
+};
+
+// The listing of `input` in one layout, stretch by stretch as the scan cuts
+// it (a record each); `searching`: every stretch taken as unverified.
+Listed listInput(ListingLayout layout, const Octets& input, bool searching)
+{
+    TestContext run;
+    RunContext* context = run.get();
+    DiagnoseTally tally;
+    RunExtensions extensions;
+    extensions.tally = &tally;
+    context->extensions = &extensions;
+    auto list = [&](const RecordStretch& stretch) {
+        switch (layout) {
+            case ListingLayout::Hexadecimal: return listHexStretch(context, stretch);
+            case ListingLayout::Syntax: return listSyntaxStretch(context, stretch);
+            case ListingLayout::Decomposed: return listDecomposedStretch(context, stretch);
+            case ListingLayout::Json: return listJsonStretch(context, stretch);
+        }
+        return false;
+    };
+    try {
+        RecordScan scan(context, layout, input.data(), static_cast<int64_t>(input.size()), 0);
+        RecordStretch stretch;
+        std::vector<int64_t> ends;
+        while (scan.next(stretch, ends, 1)) {
+            if (searching) stretch.verified = false;
+            if (!list(stretch)) break;
+        }
+    } catch (const ToolJump&) {
+    }
+    return {run.output(), tally.failedValues, tally.hiddenElements};
+}
+
+}  // namespace
+
+// A stretch the scan stepped over without a finding is verified: its walks
+// take the ends of indefinite elements where they meet them. They list
+// what the walk that searches for each end first lists, and count what a
+// failed value hides the same.
+TEST(RecordScan, VerifiedStretchesListAsTheSearchingWalk)
+{
+    std::mt19937 random(112326);
+    int verified = 0;
+    for (int round = 0; round < 3000; ++round) {
+        const Octets input = randomRecords(random);
+        {
+            TestContext run;
+            RecordScan scan(run.get(), ListingLayout::Syntax, input.data(), static_cast<int64_t>(input.size()), 0);
+            RecordStretch stretch;
+            std::vector<int64_t> ends;
+            if (scan.next(stretch, ends, 1) && stretch.verified) ++verified;
+        }
+        for (ListingLayout layout : {ListingLayout::Hexadecimal, ListingLayout::Syntax, ListingLayout::Decomposed,
+                                     ListingLayout::Json}) {
+            const Listed taken = listInput(layout, input, false);
+            const Listed searched = listInput(layout, input, true);
+            ASSERT_EQ(searched.text, taken.text) << round << " layout " << static_cast<int>(layout);
+            EXPECT_EQ(searched.failedValues, taken.failedValues) << round;
+            EXPECT_EQ(searched.hiddenElements, taken.hiddenElements) << round;
+        }
+    }
+    EXPECT_GT(verified, 1000);
 }
