@@ -10,7 +10,7 @@ char* hexText(RunContext* context, const uint8_t* octets, int32_t count)
 {
     auto* text = static_cast<char*>(qorAlloc(context, static_cast<size_t>(count) * 2 + 1));
     if (text == nullptr) return nullptr;
-    for (int32_t i = 0; i < count; ++i) std::memcpy(text + 2 * i, hexPair(octets[i]), 2);
+    putHexPairs(text, octets, count);
     text[2 * count] = '\0';
     return text;
 }

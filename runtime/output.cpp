@@ -227,7 +227,7 @@ int qorWriteHexDigits(RunContext* context, const uint8_t* octets, int32_t digits
         char* target = out != nullptr ? out : chunk;
         const uint8_t* from = octets + done / 2;
         const int32_t pairs = take / 2;
-        for (int32_t i = 0; i < pairs; ++i) std::memcpy(target + 2 * i, hexPair(from[i]), 2);
+        putHexPairs(target, from, pairs);
         if ((take & 1) != 0) target[take - 1] = hexPair(from[pairs])[0];
         if (out == nullptr) qorWrite(context, chunk, static_cast<size_t>(take));
         done += take;

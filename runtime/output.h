@@ -149,3 +149,20 @@ inline const char* hexPair(uint8_t octet)
 {
     return kHexPairs.pair[octet];
 }
+// The digit pairs of `count` octets at `out`, four octets to a store.
+inline void putHexPairs(char* out, const uint8_t* octets, int32_t count)
+{
+    auto pairOf = [](uint8_t octet) {
+        uint16_t pair;
+        std::memcpy(&pair, kHexPairs.pair[octet], 2);
+        return static_cast<uint64_t>(pair);
+    };
+    int32_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        // Little-endian: the first pair in the lowest octets.
+        const uint64_t four = pairOf(octets[i]) | pairOf(octets[i + 1]) << 16 | pairOf(octets[i + 2]) << 32 |
+                              pairOf(octets[i + 3]) << 48;
+        std::memcpy(out + 2 * i, &four, 8);
+    }
+    for (; i < count; ++i) std::memcpy(out + 2 * i, kHexPairs.pair[octets[i]], 2);
+}

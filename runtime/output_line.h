@@ -82,7 +82,7 @@ public:
         if (begin_ == nullptr) return qorWriteHexDigits(context_, octets, digits);
         if (digits <= 0) return 0;
         const int32_t pairs = (digits + 1) / 2;
-        for (int32_t i = 0; i < pairs; ++i) std::memcpy(at_ + 2 * i, hexPair(octets[i]), 2);
+        putHexPairs(at_, octets, pairs);
         at_ += digits;
         return digits;
     }
