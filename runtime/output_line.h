@@ -25,9 +25,12 @@ inline void copyShort(char* to, const char* from, size_t size)
     } else if (size >= 4 && size < 8) {
         std::memcpy(to, from, 4);
         std::memcpy(to + size - 4, from + size - 4, 4);
-    } else if (size < 4) {
-        for (size_t i = 0; i < size; ++i) to[i] = from[i];
-    } else {
+    } else if (size >= 2 && size < 4) {
+        std::memcpy(to, from, 2);
+        std::memcpy(to + size - 2, from + size - 2, 2);
+    } else if (size == 1) {
+        *to = *from;
+    } else if (size != 0) {
         std::memcpy(to, from, size);
     }
 }
@@ -72,8 +75,8 @@ public:
     {
         if (width < 0) width = -width;
         if (begin_ == nullptr) return qorBlanks(context_, width);
-        // Eight at a time; the slack behind the line takes the overshoot.
-        for (int done = 0; done < width; done += 8) std::memcpy(at_ + done, "        ", 8);
+        // Sixteen at a time; the slack behind the line takes the overshoot.
+        for (int done = 0; done < width; done += 16) std::memcpy(at_ + done, "                ", 16);
         at_ += width;
         return width;
     }

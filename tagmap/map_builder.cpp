@@ -19,7 +19,7 @@ TagMapBuilder::TagMapBuilder(TagMap& map) : map_(map)
 
 uint32_t TagMapBuilder::newNode()
 {
-    map_.nodes_.push_back(TagNode{{}, TagMap::kNoChildren, TagMap::kNoNode, 0, 0, ValueForm::None});
+    map_.nodes_.push_back(TagNode{{}, TagMap::kNoChildren, TagMap::kNoNode, 0, 0, TagMap::kNoNode, ValueForm::None});
     info_.emplace_back();
     return static_cast<uint32_t>(map_.nodes_.size() - 1);
 }

@@ -24,4 +24,22 @@ void TagMap::setEdges(const std::vector<std::pair<uint64_t, uint32_t>>& edges)
         while (slots_[at].key != kEmptyKey) at = (at + 1) & slotMask_;
         slots_[at] = Slot{key, node};
     }
+    // A block of direct entries for each set of children with a small
+    // context-specific tag; every node with those children points at it.
+    std::vector<uint32_t> blockOf(nodes_.size(), kNoNode);
+    direct_.clear();
+    for (const auto& [key, node] : edges) {
+        const auto childSet = static_cast<uint32_t>(key >> 32);
+        const auto tagClass = static_cast<int>((key >> 30) & 3);
+        const auto number = static_cast<uint32_t>(key & kLargestTagNumber);
+        if (tagClass != kClassContext || number >= kDirectNumbers || childSet >= blockOf.size()) continue;
+        if (blockOf[childSet] == kNoNode) {
+            blockOf[childSet] = static_cast<uint32_t>(direct_.size());
+            direct_.resize(direct_.size() + kDirectNumbers, kNoNode);
+        }
+        direct_[blockOf[childSet] + number] = node;
+    }
+    for (TagNode& node : nodes_) {
+        node.direct = node.childSet < blockOf.size() ? blockOf[node.childSet] : kNoNode;
+    }
 }

@@ -50,6 +50,9 @@ struct TagNode {
     uint32_t wildcard;       // index of the `*` child, or kNoNode
     uint32_t firstName;      // the enumerated names, in TagMap::names_
     uint32_t nameCount;
+    // The children of context-specific tags below kDirectNumbers, by number,
+    // in TagMap::direct_ from here; kNoNode when the children have none.
+    uint32_t direct;
     ValueForm form;
 };
 
@@ -99,6 +102,7 @@ private:
 
     std::vector<TagNode> nodes_;
     std::vector<Slot> slots_;
+    std::vector<uint32_t> direct_;  // blocks of kDirectNumbers node indexes
     std::vector<EnumName> names_;
     uint32_t slotMask_ = 0;
     std::unique_ptr<char[]> text_;  // the map's text when it was read from a file; views point into it
@@ -113,11 +117,17 @@ constexpr uint64_t childKey(uint32_t childSet, int tagClass, uint32_t tagNumber)
            (tagNumber & 0x3FFFFFFFu);
 }
 constexpr uint32_t kLargestTagNumber = 0x3FFFFFFFu;
+// The context-specific tag numbers that CDR fields have: looked up by
+// number, without the probe table.
+constexpr uint32_t kDirectNumbers = 64;
 
 inline const TagNode* TagMap::child(const TagNode* parent, int tagClass, uint32_t tagNumber) const
 {
     if (parent == nullptr) return nullptr;
-    if (parent->childSet != kNoChildren && tagNumber <= kLargestTagNumber) {
+    if (parent->direct != kNoNode && tagClass == kClassContext && tagNumber < kDirectNumbers) {
+        const uint32_t node = direct_[parent->direct + tagNumber];
+        if (node != kNoNode) return &nodes_[node];
+    } else if (parent->childSet != kNoChildren && tagNumber <= kLargestTagNumber) {
         const Slot* slot = find(childKey(parent->childSet, tagClass, tagNumber));
         if (slot != nullptr) return &nodes_[slot->node];
     }

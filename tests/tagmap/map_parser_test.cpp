@@ -37,6 +37,35 @@ TEST(TagMapParser, TheThreeLinesOfAPgwMapResolve)
     EXPECT_EQ(map.child(nullptr, C, 79), nullptr);
 }
 
+// Small context-specific numbers are looked up by number, the others by
+// probing: both roads find the same children, and a SEQUENCE OF's `*` takes
+// what neither has, on either side of the boundary.
+TEST(TagMapParser, SmallAndLargeContextNumbersAndOtherClassesResolveAlike)
+{
+    const TagMap map = parsed(
+        "[1]          r\n"
+        "[1]/[0]      low\n"
+        "[1]/[63]     highest\n"
+        "[1]/[64]     above\n"
+        "[1]/[5000]   far\n"
+        "[1]/[APPLICATION 3] app\n"
+        "[2]          s\n"
+        "[2]/[3]      three\n"
+        "[2]/*        any\n");
+    EXPECT_EQ(at(map, {{C, 1}, {C, 0}})->field, "low");
+    EXPECT_EQ(at(map, {{C, 1}, {C, 63}})->field, "highest");
+    EXPECT_EQ(at(map, {{C, 1}, {C, 64}})->field, "above");
+    EXPECT_EQ(at(map, {{C, 1}, {C, 5000}})->field, "far");
+    EXPECT_EQ(at(map, {{C, 1}, {A, 3}})->field, "app");
+    EXPECT_EQ(at(map, {{C, 1}, {A, 0}}), nullptr);
+    EXPECT_EQ(at(map, {{C, 1}, {C, 1}}), nullptr);
+    EXPECT_EQ(at(map, {{C, 1}, {C, 65}}), nullptr);
+    EXPECT_EQ(at(map, {{C, 2}, {C, 3}})->field, "three");
+    for (Step other : {Step{C, 4}, Step{C, 64}, Step{U, 16}, Step{P, 3}}) {
+        EXPECT_EQ(at(map, {{C, 2}, other})->field, "any") << other.number;
+    }
+}
+
 TEST(TagMapParser, TagsAreWrittenAsTheListingNamesThem)
 {
     const TagMap map = parsed(
