@@ -20,6 +20,7 @@
 #include "runtime/output_line.h"
 #include "tagmap/field_value.h"
 #include "tlv/element.h"
+#include "tlv/reader.h"
 
 namespace {
 
@@ -108,16 +109,16 @@ void writeFormValue(RunContext* context, const JsonField* field, OctetView conte
     }
 }
 
-// ,"hex":.. of contents on the element's line, and ,"truncated":true when
-// they were cut, as writeLimitedHex and writeValue write them.
-void putPlainHex(OutputLine& line, bool noShort, OctetView contents)
+// ,"hex":"..": octets on a line, cut at kJsonValueLimit unless -noshort;
+// returns whether they were cut.
+[[gnu::always_inline]] inline bool putLimitedHex(OutputLine& line, bool noShort, OctetView octets)
 {
-    const bool cut = !noShort && contents.size() > kJsonValueLimit;
-    if (cut) contents = contents.first(kJsonValueLimit);
+    const bool cut = !noShort && octets.size() > kJsonValueLimit;
+    if (cut) octets = octets.first(kJsonValueLimit);
     line.text(",\"hex\":\"", 8);
-    line.hexDigits(contents.data(), 2 * contents.size());
+    line.hexDigits(octets.data(), 2 * octets.size());
     line.character('"');
-    if (cut) line.text(",\"truncated\":true", 17);
+    return cut;
 }
 
 // The value of a primitive element with a definite length that the input
@@ -162,10 +163,8 @@ void writeValue(RunContext* context, ErrorCapture& errors, const Element& elemen
 
 bool writeLimitedHex(RunContext* context, OctetView octets)
 {
-    const bool cut = !noShort(context) && octets.size() > kJsonValueLimit;
-    writeJsonLiteral(context, ",\"hex\":");
-    writeJsonHex(context, cut ? octets.first(kJsonValueLimit) : octets);
-    return cut;
+    OutputLine line(context, 2 * static_cast<size_t>(std::min(octets.size(), kJsonValueLimit)) + 10);
+    return putLimitedHex(line, noShort(context), octets);
 }
 
 int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element& element,
@@ -175,7 +174,7 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
     const int32_t available = element.available();
     // The fields up to the value are composed in place, as one line's are,
     // with the contents' hexadecimal where that is all the value shows.
-    const bool definite = element.readable() && element.length >= 0 && element.length <= element.room();
+    const bool definite = definiteAndHeld(element);
     const int32_t hexMost = definite && !element.constructed ? std::min(element.length, kJsonValueLimit) : 0;
     OutputLine line(context, OutputLine::kMadeMost + 2 * static_cast<size_t>(hexMost) + 32);
     line.made([&offset, sibling](char* out) {
@@ -215,7 +214,7 @@ int writeElementOpening(RunContext* context, ErrorCapture& errors, const Element
     }
     if (indefinite && !headerRunsOff) line.text(",\"indefinite\":true", 18);
     if (definite && !headerRunsOff && !element.constructed && field == nullptr && !hasReadableForm(tag.row)) {
-        putPlainHex(line, noShort(context), element.contents());
+        if (putLimitedHex(line, noShort(context), element.contents())) line.text(",\"truncated\":true", 17);
         if (!errors.empty()) return 0;
         line.character('}');
         return kObjectClosed;

@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr int64_t kExactLimit = int64_t{1} << 53;  // doubles hold every integer up to here
 
 // The escape of a character below U+0020, or of '"' and '\'; null for one
 // that stands as it is. RFC 8259 7: the short forms where there are ones.
@@ -37,14 +36,9 @@ const char* escapeOf(uint8_t octet, char (&spelled)[7])
 
 char* putJsonNumberSlow(char* out, int64_t value)
 {
-    const bool exact = value <= kExactLimit && value >= -kExactLimit;
+    const bool exact = value <= kJsonExactLimit && value >= -kJsonExactLimit;
     if (!exact) *out++ = '"';
-    if (value < 0) {
-        *out++ = '-';
-        out = putDecimal(out, 0 - static_cast<uint64_t>(value));
-    } else {
-        out = putDecimal(out, static_cast<uint64_t>(value));
-    }
+    out = putSignedDecimal(out, value);
     if (!exact) *out++ = '"';
     return out;
 }

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "runtime/decimal.h"
 #include "runtime/output.h"
 #include "tlv/octet_view.h"
 
@@ -27,24 +28,17 @@ void writeJsonString(RunContext* context, const char* text, size_t length);
 // Octets as a string of upper-case hexadecimal digits, two an octet.
 void writeJsonHex(RunContext* context, OctetView octets);
 
+constexpr int64_t kJsonExactLimit = int64_t{1} << 53;  // doubles hold every integer up to here
+
 // Writes the digits of `value` at `out` as writeJsonNumber writes them;
 // returns the end. Needs 24 chars.
 char* putJsonNumberSlow(char* out, int64_t value);
 inline char* putJsonNumber(char* out, int64_t value)
 {
-    // Header lengths, small lengths and tag numbers: one or two digits.
-    if (value >= 0 && value < 100) {
-        if (value < 10) {
-            *out = static_cast<char>('0' + value);
-            return out + 1;
-        }
-        out[0] = static_cast<char>('0' + value / 10);
-        out[1] = static_cast<char>('0' + value % 10);
-        return out + 2;
-    }
+    // Offsets, lengths, tag numbers: not negative, and exact in a double.
+    if (value >= 0 && value <= kJsonExactLimit) return putDecimal(out, static_cast<uint64_t>(value));
     return putJsonNumberSlow(out, value);
 }
-
 // The JSON text of a number that rises by small steps (the offsets of a
 // walk's elements, one after the other): the digits of the last one are
 // stepped up in place instead of made anew.
@@ -53,7 +47,7 @@ public:
     // Makes `value` the number whose text put() writes.
     void set(int64_t value)
     {
-        if (value > value_ && value - value_ < kLargestStep && value_ >= 0 && value < kLargestStepped &&
+        if (value > value_ && value - value_ < kLargestStep && value_ >= 0 && value < kJsonExactLimit &&
             stepUp(static_cast<uint32_t>(value - value_))) {
             value_ = value;
             return;
@@ -70,7 +64,6 @@ public:
 
 private:
     static constexpr int64_t kLargestStep = 1 << 16;
-    static constexpr int64_t kLargestStepped = int64_t{1} << 53;  // no quotes up to here
 
     // Adds `step` to the digits; false when a digit more is needed.
     bool stepUp(uint32_t step)

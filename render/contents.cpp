@@ -230,6 +230,12 @@ Rendered renderContents(RunContext* context, const Element& element, const Unive
     if (!element.readable() || element.headerOverruns() || element.tagNumber == -1) return {};
 
     bool readable = hasReadableForm(row);
+    // A constructed element whose end is known to be there: its contents
+    // are its elements, nothing to show on its own line, and nothing to
+    // search its end for.
+    if (!readable && element.constructed && element.endVerified && (context->toolFlags & TLV_VALUE_FAILED) == 0) {
+        return {};
+    }
     if (readable && plainPrimitive(element)) {
         Rendered simple;
         if (row->pdu <= kNullPdu && simpleValue(context, *row, element, simple)) return simple;

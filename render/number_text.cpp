@@ -10,11 +10,11 @@
 #include "decoder/values.h"
 #include "render/universal_tags.h"
 #include "runtime/context.h"
+#include "runtime/decimal.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
 
 namespace {
-
 
 int textOrNoMemory(RunContext* context, const std::string& made, char*& text)
 {
@@ -27,10 +27,8 @@ int textOrNoMemory(RunContext* context, const std::string& made, char*& text)
 size_t shortIntegerChars(int32_t value, bool noAddition, char* out)
 {
     char digits[24];
-    char* end = digits + sizeof digits;
-    char* start = decimalDigits(end, value);
-    size_t size = static_cast<size_t>(end - start);
-    std::memcpy(out, start, size);
+    size_t size = static_cast<size_t>(putSignedDecimal(digits, value) - digits);
+    std::memcpy(out, digits, size);
     if (noAddition) return size;
     // The additional value: whole octets of hexadecimal. A positive value
     // gets a 0 in front when its first digit would read as a sign; a

@@ -4,6 +4,7 @@
 
 #include "app/signal.h"
 #include "render/universal_tags.h"
+#include "runtime/decimal.h"
 #include "runtime/output.h"
 #include "runtime/services.h"
 #include "tlv/element.h"
@@ -19,17 +20,11 @@ int bracketedName(uint8_t tagClass, int32_t number, TagNameBuffer& buffer)
     made[0] = '[';
     std::memcpy(made + 1, word.data(), word.size());
     int used = 1 + static_cast<int>(word.size());
-    char digits[24];
-    char* end = digits + sizeof digits;
-    char* start = decimalDigits(end, number);
-    std::memcpy(made + used, start, static_cast<size_t>(end - start));
-    used += static_cast<int>(end - start);
+    used = static_cast<int>(putSignedDecimal(made + used, number) - made);
     made[used++] = ']';
     made[used] = '\0';
     return used;
 }
-
-
 
 }  // namespace
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <cstring>
 
-// "00" to "99": two digits a step, for writers that go from the right.
+// "00" to "99".
 inline constexpr std::array<char, 200> kDigitPairs = [] {
     std::array<char, 200> pairs{};
     for (int i = 0; i < 100; ++i) {
@@ -59,6 +59,15 @@ inline char* putDecimal(char* out, uint64_t value)
     const uint64_t digits = eightDigits(static_cast<uint32_t>(value % kEight)) | kAsciiZeros;
     std::memcpy(out, &digits, 8);
     return out + 8;
+}
+
+// A signed value as "%ld" prints it, at `out` (room as putDecimal asks, and
+// one for the sign); returns the end.
+inline char* putSignedDecimal(char* out, long value)
+{
+    if (value >= 0) return putDecimal(out, static_cast<uint64_t>(value));
+    *out = '-';
+    return putDecimal(out + 1, 0 - static_cast<uint64_t>(value));
 }
 
 // 0 to 999 as four characters each, right-aligned behind blanks ("   7",

@@ -9,6 +9,7 @@
 
 #include "runtime/context.h"
 #include "runtime/decimal.h"
+#include "runtime/output_line.h"
 
 namespace {
 
@@ -32,6 +33,15 @@ void grow(OutStream* stream, size_t wanted)
     text.reserve(stream->used + wanted);
     stream->buffer = text.data.get();
     stream->capacity = text.capacity;
+}
+
+// The stream writes into its own buffer again, empty.
+void useOwnBuffer(OutStream* stream)
+{
+    stream->grown = nullptr;
+    stream->used = 0;
+    stream->capacity = OutStream::kCapacity;
+    stream->buffer = stream->storage;
 }
 
 void drain(OutStream* stream)
@@ -88,36 +98,32 @@ bool overridden(const RunContext* context)
 
 }  // namespace
 
-OutStream* outStreamForFile(std::FILE* file, bool ownsFile)
+namespace {
+
+// A stream on its own buffer, empty, writing to `file` or else `sink`.
+OutStream* newStream(std::FILE* file, std::string* sink, bool ownsFile)
 {
     auto* stream = new (std::nothrow) OutStream;
     if (stream == nullptr) return nullptr;
     stream->file = file;
-    stream->sink = nullptr;
+    stream->sink = sink;
     stream->ownsFile = ownsFile;
-    stream->terminal = isatty(fileno(file)) != 0;
+    stream->terminal = file != nullptr && isatty(fileno(file)) != 0;
     stream->failed = false;
-    stream->grown = nullptr;
-    stream->used = 0;
-    stream->capacity = OutStream::kCapacity;
-    stream->buffer = stream->storage;
+    useOwnBuffer(stream);
     return stream;
+}
+
+}  // namespace
+
+OutStream* outStreamForFile(std::FILE* file, bool ownsFile)
+{
+    return newStream(file, nullptr, ownsFile);
 }
 
 OutStream* outStreamForSink(std::string* sink)
 {
-    auto* stream = new (std::nothrow) OutStream;
-    if (stream == nullptr) return nullptr;
-    stream->file = nullptr;
-    stream->sink = sink;
-    stream->ownsFile = false;
-    stream->terminal = false;
-    stream->failed = false;
-    stream->grown = nullptr;
-    stream->used = 0;
-    stream->capacity = OutStream::kCapacity;
-    stream->buffer = stream->storage;
-    return stream;
+    return newStream(nullptr, sink, false);
 }
 
 void GrownText::reserve(size_t wanted)
@@ -146,10 +152,7 @@ void endGrowth(OutStream* stream)
 {
     if (stream->grown == nullptr) return;
     stream->grown->size = stream->used;
-    stream->grown = nullptr;
-    stream->used = 0;
-    stream->capacity = OutStream::kCapacity;
-    stream->buffer = stream->storage;
+    useOwnBuffer(stream);
 }
 
 bool outStreamRelease(OutStream* stream)
@@ -247,33 +250,10 @@ int qorBlanksSlow(RunContext* context, int width)
     return width;
 }
 
-char* decimalDigits(char* end, long value)
-{
-    // Two digits a step, from the right.
-    unsigned long magnitude = value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value);
-    char* at = end;
-    while (magnitude >= 100) {
-        const unsigned long pair = magnitude % 100;
-        magnitude /= 100;
-        at -= 2;
-        std::memcpy(at, &kDigitPairs[2 * pair], 2);
-    }
-    if (magnitude >= 10) {
-        at -= 2;
-        std::memcpy(at, &kDigitPairs[2 * magnitude], 2);
-    } else {
-        *--at = static_cast<char>('0' + magnitude);
-    }
-    if (value < 0) *--at = '-';
-    return at;
-}
-
 int qorWriteDecimal(RunContext* context, long value)
 {
     char digits[24];
-    char* end = digits + sizeof digits;
-    char* start = decimalDigits(end, value);
-    return qorWrite(context, start, static_cast<size_t>(end - start));
+    return qorWrite(context, digits, static_cast<size_t>(putSignedDecimal(digits, value) - digits));
 }
 
 void qorFlush(RunContext* context)
@@ -323,4 +303,21 @@ int closeOutputFile(RunContext* context)
     context->outStream = context->savedOutStream;
     context->savedOutStream = nullptr;
     return 0;
+}
+
+int OutputLine::rightAlignedWide(int width, unsigned long value)
+{
+    if (begin_ == nullptr) {
+        char digits[24];
+        const auto count = static_cast<int>(putDecimal(digits, value) - digits);
+        return (count < width ? qorBlanks(context_, width - count) : 0) +
+               qorWrite(context_, digits, static_cast<size_t>(count));
+    }
+    // The digits in place, moved behind the blanks they need.
+    const auto count = static_cast<int>(putDecimal(at_, value) - at_);
+    const int field = count > width ? count : width;
+    std::memmove(at_ + field - count, at_, static_cast<size_t>(count));
+    std::memset(at_, ' ', static_cast<size_t>(field - count));
+    at_ += field;
+    return field;
 }

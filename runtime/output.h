@@ -128,10 +128,6 @@ int formatAppend(std::string& out, const char* format, va_list args);
 // The same into a new string.
 std::string formatText(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
-// Writes the decimal digits of `value` so that they end at `end`; returns
-// where they begin. `end` needs 21 characters in front of it.
-char* decimalDigits(char* end, long value);
-
 // The two upper-case hexadecimal digits of each octet.
 struct HexPairs {
     char pair[256][2];

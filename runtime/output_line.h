@@ -91,16 +91,10 @@ public:
     }
     int decimal(long value)
     {
-        if (begin_ == nullptr) {
-            char digits[24];
-            char* end = digits + sizeof digits;
-            char* start = decimalDigits(end, value);
-            return text(start, static_cast<size_t>(end - start));
-        }
+        if (begin_ == nullptr) return qorWriteDecimal(context_, value);
         // Whole-word stores: the slack behind the line takes the overshoot.
         char* const from = at_;
-        if (value < 0) *at_++ = '-';
-        at_ = putDecimal(at_, value < 0 ? 0UL - static_cast<unsigned long>(value) : static_cast<unsigned long>(value));
+        at_ = putSignedDecimal(at_, value);
         return static_cast<int>(at_ - from);
     }
     // Characters made by `make`, a `char* (char* out)` that writes at `out`
@@ -128,30 +122,13 @@ public:
             at_ += field;
             return field;
         }
-        if (begin_ != nullptr && value < 100000000 && width >= 1 && width <= 8) {
-            // Eight digits with the leading zeros turned into blanks ('0' less
-            // 0x10), of which the last `field` stand.
-            const uint64_t digits = eightDigits(static_cast<uint32_t>(value));
-            const int zeros = __builtin_ctzll(digits | (uint64_t{1} << 56)) / 8;
-            const int field = 8 - zeros > width ? 8 - zeros : width;
-            const uint64_t blanks = zeros == 0 ? 0 : 0x1010101010101010ULL >> (8 * (8 - zeros));
-            const uint64_t spelled = ((digits | kAsciiZeros) - blanks) >> (8 * (8 - field));
-            std::memcpy(at_, &spelled, 8);
-            at_ += field;
-            return field;
-        }
-        char digits[32];
-        char* end = digits + sizeof digits;
-        char* start = end;
-        do {
-            *--start = static_cast<char>('0' + value % 10);
-            value /= 10;
-        } while (value != 0);
-        while (end - start < width) *--start = ' ';
-        return text(start, static_cast<size_t>(end - start));
+        return rightAlignedWide(width, value);
     }
 
 private:
+    // rightAligned beyond the table: any value, any width.
+    int rightAlignedWide(int width, unsigned long value);
+
     static constexpr size_t kSlack = 16;     // room for whole-word stores past the end
     static constexpr size_t kLongest = 16384;  // longer lines go piece by piece
 

@@ -21,13 +21,12 @@
 #include "tlv/field_columns.h"
 #include "tlv/reader.h"
 #include "tlv/syntax_layout.h"
+#include "tlv/walk_level.h"
 #include "tlv/walker.h"
 
 namespace {
 
 constexpr int kNameField = 18;
-// Contents up to this long go on the element's line as it is composed.
-constexpr int32_t kInLineOctets = 2048;
 
 // " hl=%d l=" with the header length.
 int printHeaderLength(OutputLine& line, int32_t header)
@@ -49,63 +48,14 @@ int printElementFields(OutputLine& line, const Element& element, int32_t header,
     return column + line.text(name.text, static_cast<size_t>(name.length));
 }
 
-constexpr int32_t kEndAhead = -1;
-
-// One open level of the walk: the element it stands at, what is left of its
-// enclosing contents, and what was found of the element.
-struct Level {
-    const uint8_t* element;
-    int32_t count;
-    Element read;
+// One open level of the walk, with where its element's line and contents
+// stand in the PDU.
+struct Level : WalkLevel {
     long start;        // the element's offset
     int32_t before;    // `count` when the element was read
     bool stopped;      // the element ended its level
-    bool indefinite;
-    const uint8_t* inside;   // its first contents octet, when the walk went in
     long insideOffset;
-    int32_t contentsLength;  // kEndAhead: to be found by the level inside
-    // The level's elements lie in a verified indefinite element: the level
-    // ends at the first end-of-contents its steps meet; `count` only bounds it.
-    bool endsAtEndOfContents;
-    bool endFound;  // the level inside met the element's end-of-contents
 };
-
-// Whether the element's end may be taken where its contents' steps meet an
-// end-of-contents: a constructed, indefinite element of a verified PDU, in
-// indefinite elements only.
-bool endFoundAhead(const Level& level, bool firstLevel, bool verified)
-{
-    if (!level.read.constructed || !level.read.indefinite()) return false;
-    return firstLevel ? verified : level.endsAtEndOfContents;
-}
-
-// Goes into the element the level stands at (`ahead`: up to the end of the
-// enclosing contents, for the level inside to stop at the end-of-contents);
-// gives its first contents octet, or null.
-inline const uint8_t* goInside(RunContext* context, Level& level, int depth, bool ahead, int32_t& inner)
-{
-    inner = level.count;
-    const uint8_t* inside = nullptr;
-    if (!ahead) {
-        inside = firstInsideOf(context, level.read, inner);
-    } else if (level.read.behindHeader().startsWithEndOfContents()) {
-        inner = 0;  // the end-of-contents alone
-    } else {
-        inside = level.read.behindHeader().data();
-        inner = level.read.behindHeader().size();
-    }
-    if (inside == nullptr && digsIn(context->extensions)) {
-        // -dig: a string that encapsulates BER is gone into like a constructed element.
-        const OctetView dug = encapsulatedContents(context, level.read, MAX_WALK_DEPTH - depth);
-        if (!dug.empty()) {
-            inside = dug.data();
-            inner = dug.size();
-            ahead = false;
-        }
-    }
-    level.contentsLength = ahead && inside != nullptr ? kEndAhead : inner;
-    return inside;
-}
 
 // Closes the element the level stands at: its end-of-contents line, then
 // the step to the next element of the level; null when the level ends.
@@ -113,14 +63,8 @@ const uint8_t* closeElement(RunContext* context, Level& level, int depth, long& 
 {
     const uint8_t* next = nullptr;
     if (!level.stopped) {
+        settleContentsLength(context, level);
         if (level.inside != nullptr) {
-            if (level.contentsLength == kEndAhead) {
-                // The level inside ended elsewhere than at an end-of-contents:
-                // the end is searched for, as for any element.
-                int32_t inner = level.count;
-                firstInsideOf(context, level.read, inner);
-                level.contentsLength = inner;
-            }
             offset = level.insideOffset + level.contentsLength;
             if (level.indefinite) {
                 bool endOfContents = true;
@@ -128,13 +72,7 @@ const uint8_t* closeElement(RunContext* context, Level& level, int depth, long& 
                                        endOfContents);
             }
         }
-        if (level.endFound) {
-            const uint8_t* end = level.inside + level.contentsLength + 2;
-            level.count -= static_cast<int32_t>(end - level.element);
-            next = level.count == 0 ? nullptr : end;
-        } else {
-            next = nextElementOf(context, level.read, level.count);
-        }
+        next = stepOverLevelElement(context, level);
     }
     offset = level.start + (next != nullptr ? next - level.element : level.before);
     return next;
@@ -154,10 +92,7 @@ const uint8_t* walkFrom(RunContext* context, const uint8_t* first, int32_t& coun
     level->endsAtEndOfContents = false;
     while (true) {
         // Print the element the level stands at, and go inside it.
-        readElementInto(level->read, level->element, level->count);
-        level->read.openEnded = level->endsAtEndOfContents;
-        const bool ahead = (context->toolFlags & TLV_FIX_ENCODING) == 0 && endFoundAhead(*level, level == levels, verified);
-        level->read.endVerified = ahead;
+        const bool ahead = readLevelElement(context, *level, level == levels && verified);
         if (context->tagWalk != nullptr) context->tagWalk->enter(depth - 1, level->read.tagClass, level->read.tagNumber);
         level->indefinite = false;
         const bool top = onePdu && level == levels;
@@ -167,10 +102,18 @@ const uint8_t* walkFrom(RunContext* context, const uint8_t* first, int32_t& coun
         level->before = level->count;
         level->start = offset;
         level->inside = nullptr;
-        level->endFound = false;
         if (!level->stopped) {
             int32_t inner = 0;
-            level->inside = goInside(context, *level, depth, ahead, inner);
+            level->inside = enterLevelElement(context, *level, ahead, inner);
+            if (level->inside == nullptr && digsIn(context->extensions)) {
+                // -dig: a string that encapsulates BER is gone into like a constructed element.
+                const OctetView dug = encapsulatedContents(context, level->read, MAX_WALK_DEPTH - depth);
+                if (!dug.empty()) {
+                    level->inside = dug.data();
+                    inner = dug.size();
+                    level->contentsLength = inner;
+                }
+            }
             if (level->inside != nullptr) {
                 offset += level->inside - level->element;
                 level->insideOffset = offset;
@@ -190,17 +133,10 @@ const uint8_t* walkFrom(RunContext* context, const uint8_t* first, int32_t& coun
         // one above, which closes the element it went into.
         while (true) {
             const uint8_t* next = closeElement(context, *level, depth, offset);
-            const bool more = next != nullptr && level->count != 0;
-            if (more && !(level->endsAtEndOfContents && level->count >= 2 && next[0] == 0 && next[1] == 0)) {
-                if (!(onePdu && level == levels)) {
-                    level->element = next;
-                    break;
-                }
-            } else if (more && level != levels) {
-                // The end-of-contents of the element above.
-                Level& above = level[-1];
-                above.contentsLength = static_cast<int32_t>(next - above.inside);
-                above.endFound = true;
+            const bool pduEnds = onePdu && level == levels;
+            if (next != nullptr && level->count != 0 && !pduEnds && !levelEndsAt(level, next)) {
+                level->element = next;
+                break;
             }
             if (level == levels) {
                 count = level->count;
@@ -311,14 +247,12 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
 
     const std::string_view field = context->tagWalk != nullptr ? tagField(context, depth - 1) : std::string_view();
     // Contents shown as their octets go on the element's line, straight
-    // from the input; -dig and -tags have their own say on the contents.
-    const bool extended = showsMore(context->extensions);
-    const bool octetsInLine = !extended && context->tagWalk == nullptr && element.length <= kInLineOctets &&
-                              octetsAsTheyAre(context, element, name.row);
+    // from the input.
+    const bool octetsInLine = octetsOnTheLine(context, element, name.row);
     int column = 0;
     {
         const size_t nameLength = name.text != nullptr ? static_cast<size_t>(name.length) : 7;
-        const size_t octetsLength = octetsInLine ? 2 * static_cast<size_t>(element.length) + 4 : 0;
+        const size_t octetsLength = octetsInLine ? octetsRoom(element) : 0;
         OutputLine line(context, nameLength + field.size() + 96 + octetsLength);
         if (lineEnd) line.character('\n');
         column = line.rightAligned(3, static_cast<unsigned long>(offset));
@@ -343,11 +277,7 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
             column += line.blanks(kNameField - nameWidth);
         }
         if (octetsInLine) {
-            // A constructed element's octets are its elements'.
-            if (!element.constructed) {
-                column += line.character(':');
-                putHexValue(line, context, element.contents(), name.row != nullptr && name.row->keepsWidth, column);
-            }
+            putOctetsAsTheyAre(line, context, element, name.row, ":", column);
             return bad ? 1 : 0;
         }
     }
@@ -359,13 +289,13 @@ int printDecomposedElement(RunContext* context, const Element& element, int dept
         return bad ? 1 : 0;
     }
     // -dig: the walk lists the string's contents as elements.
+    const bool extended = showsMore(context->extensions);
     if (digsIn(context->extensions) && printEncapsulationMark(context, element, MAX_WALK_DEPTH - depth, true)) {
         return bad ? 1 : 0;
     }
     if (context->tagWalk != nullptr) {
         return printDecomposedFieldContents(context, element, depth - 1, name.row, column, bad) ? 1 : 0;
     }
-    if (nothingToShow(context, element, name.row)) return bad ? 1 : 0;
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;

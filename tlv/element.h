@@ -76,6 +76,13 @@ struct Element {
 // Reads the element at the start of `whole` in every form; reports nothing.
 Element readLongElement(OctetView whole);
 
+// Whether `size` octets begin with the header nearly every element has: one
+// identifier octet, then a short or an indefinite length (two octets in all).
+inline bool commonHeader(const uint8_t* octets, int32_t size)
+{
+    return size >= 2 && (octets[0] & HIGH_TAG_MASK) != HIGH_TAG_MASK && octets[1] <= 0x80;
+}
+
 // Reads the element at the start of `whole` into `element`; reports nothing.
 // Inline for the form nearly every element has (one identifier octet, a
 // short or an indefinite length), field by field into the record the caller
@@ -84,7 +91,7 @@ Element readLongElement(OctetView whole);
 inline void readElementInto(Element& element, OctetView whole)
 {
     const uint8_t* octets = whole.data();
-    if (whole.size() >= 2 && (octets[0] & HIGH_TAG_MASK) != HIGH_TAG_MASK && octets[1] <= 0x80) {
+    if (commonHeader(octets, whole.size())) {
         const uint8_t first = octets[0];
         element.whole = whole;
         element.identifier = 1;

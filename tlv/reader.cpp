@@ -110,9 +110,8 @@ bool skipToEndOfContents(RunContext* context, const uint8_t*& cursor, int32_t& r
         const uint8_t* inner = cursor;
         int32_t left = remaining;
         int32_t length;
-        if (remaining >= 2 && (cursor[0] & HIGH_TAG_MASK) != HIGH_TAG_MASK && cursor[1] <= 0x80) {
-            // What readHeader gives for the header nearly every element has:
-            // one identifier octet, a short or an indefinite length.
+        if (commonHeader(cursor, remaining)) {
+            // What readHeader gives for it, without the call.
             length = cursor[1] == 0x80 ? LENGTH_INDEFINITE : cursor[1];
             inner = cursor + 2;
             left = length == LENGTH_INDEFINITE || length <= remaining - 2 ? remaining - 2 : 0;

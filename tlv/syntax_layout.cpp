@@ -30,8 +30,6 @@ namespace {
 constexpr int kTypeWidth = 13;
 constexpr int kLengthWidth = 8;
 constexpr size_t kNameLimit = 12;
-// Contents up to this long go on the element's line as it is composed.
-constexpr int32_t kInLineOctets = 2048;
 
 // The Type field: the name, maybe broken over two lines; returns its width
 // on the element's line. Names are cut to 12 characters, but an
@@ -128,14 +126,12 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     }
 
     // Contents shown as their octets go on the element's line, straight
-    // from the input; -dig and -tags have their own say on the contents.
-    const bool extended = showsMore(context->extensions);
-    const bool octetsInLine = !extended && context->tagWalk == nullptr && element.length <= kInLineOctets &&
-                              octetsAsTheyAre(context, element, name.row);
+    // from the input.
+    const bool octetsInLine = octetsOnTheLine(context, element, name.row);
     int column = 0;
     {
         const size_t nameLength = name.text != nullptr ? static_cast<size_t>(name.length) : 7;
-        const size_t octetsLength = octetsInLine ? 2 * static_cast<size_t>(element.length) + 3 : 0;
+        const size_t octetsLength = octetsInLine ? octetsRoom(element) : 0;
         OutputLine line(context, 3 * static_cast<size_t>(indentWidth) + 2 * nameLength + 80 + octetsLength);
         if (lineEnd) line.character('\n');
         column = line.blanks(indentWidth);
@@ -152,14 +148,13 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
             return 0;
         }
         if (octetsInLine) {
-            // A constructed element's octets are its elements'.
-            const bool keepsWidth = name.row != nullptr && name.row->keepsWidth;
-            if (!element.constructed) putHexValue(line, context, element.contents(), keepsWidth, column);
+            putOctetsAsTheyAre(line, context, element, name.row, "", column);
             return 0;
         }
     }
     if (bad && length == LENGTH_TRUNCATED) return 1;
     // -dig: the walk lists the string's contents as elements.
+    const bool extended = showsMore(context->extensions);
     if (digsIn(context->extensions) && printEncapsulationMark(context, element, MAX_WALK_DEPTH - 1 - depth, false)) {
         return bad ? 1 : 0;
     }
@@ -167,7 +162,6 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     if (context->tagWalk != nullptr) {
         return printSyntaxFieldContents(context, element, depth, name.row, column, bad) ? 1 : 0;
     }
-    if (nothingToShow(context, element, name.row)) return bad ? 1 : 0;
     Rendered value = renderContents(context, element, name.row);
     if (value.present()) {
         bool failed = (context->toolFlags & TLV_VALUE_FAILED) != 0;
@@ -222,12 +216,9 @@ bool printOctetsAsTheyAre(RunContext* context, const Element& element, const Uni
                           std::string_view separator)
 {
     if (!octetsAsTheyAre(context, element, row)) return false;
-    // A constructed element's octets are its elements'.
     if (!element.constructed) {
-        const OctetView contents = element.contents();
-        OutputLine line(context, separator.size() + 2 * static_cast<size_t>(contents.size()) + 3);
-        column += line.text(separator.data(), separator.size());
-        putHexValue(line, context, contents, row != nullptr && row->keepsWidth, column);
+        OutputLine line(context, separator.size() + octetsRoom(element));
+        putOctetsAsTheyAre(line, context, element, row, separator, column);
     }
     return true;
 }

@@ -7,17 +7,15 @@
 #include <string_view>
 
 #include "render/universal_tags.h"
+#include "runtime/buffers.h"
 #include "runtime/context.h"
+#include "runtime/extensions.h"
+#include "runtime/output_line.h"
+#include "tlv/element.h"
 #include "tlv/octet_view.h"
 
-#include "runtime/buffers.h"
-
-struct RunContext;
-struct Element;
 struct RecordStretch;
-struct UniversalTag;
 class Rendered;
-class OutputLine;
 
 void printSyntaxLayout(RunContext* context, InputBuffer& buffer);
 // Lists a stretch of records; false when the listing ended inside it.
@@ -37,13 +35,28 @@ inline bool octetsAsTheyAre(const RunContext* context, const Element& element, c
 {
     return (context->toolFlags & TLV_VALUE_FAILED) == 0 && showsOctetsAsTheyAre(element, row);
 }
-// A constructed element of a type without a readable form whose end is
-// known to be there, while no failed value's flag stands: its contents are
-// its elements, and nothing is shown for them on its own line.
-inline bool nothingToShow(const RunContext* context, const Element& element, const UniversalTag* row)
+// Contents up to this long go on the element's line as it is composed.
+constexpr int32_t kInLineOctets = 2048;
+// Whether a readable layout writes the contents on the element's own line
+// as it composes it: octets as they are, not too long, and no option
+// (-dig, -tags, -oids, -utf8) that has its own say on them.
+inline bool octetsOnTheLine(const RunContext* context, const Element& element, const UniversalTag* row)
 {
-    return element.constructed && element.endVerified && !hasReadableForm(row) &&
-           (context->toolFlags & TLV_VALUE_FAILED) == 0;
+    return !showsMore(context->extensions) && element.length <= kInLineOctets && octetsAsTheyAre(context, element, row);
+}
+// The room they take there: the digits, a separator, a cut's "...".
+inline size_t octetsRoom(const Element& element)
+{
+    return 2 * static_cast<size_t>(element.length) + 4;
+}
+// Writes them on `line` behind `separator`; a constructed element's octets
+// are its elements', and nothing is written for them.
+inline void putOctetsAsTheyAre(OutputLine& line, const RunContext* context, const Element& element,
+                               const UniversalTag* row, std::string_view separator, int column)
+{
+    if (element.constructed) return;
+    column += line.text(separator.data(), separator.size());
+    putHexValue(line, context, element.contents(), row != nullptr && row->keepsWidth, column);
 }
 // Where the readable layouts cut a value of `size` characters that starts at
 // `column` (of their 79): the characters kept, and whether "..." marks the

@@ -12,6 +12,7 @@
 #include "runtime/services.h"
 #include "tagmap/tag_walk.h"
 #include "tlv/reader.h"
+#include "tlv/walk_level.h"
 
 namespace {
 
@@ -215,63 +216,6 @@ void printEndOfContents(RunContext* context, int depth)
 
 namespace {
 
-// One open level of a walk: the element it stands at, what is left of its
-// enclosing contents, and what was found of the element.
-struct WalkLevel {
-    const uint8_t* element;
-    int32_t count;
-    Element read;
-    const uint8_t* inside;
-    int32_t contentsLength;  // kEndAhead: to be found by the level inside
-    bool indefinite;
-    // The level's elements lie in a verified indefinite element: the level
-    // ends at the first end-of-contents its steps meet, and `count` only
-    // bounds it.
-    bool endsAtEndOfContents;
-    bool endFound;  // the level inside met the element's end-of-contents
-};
-
-constexpr int32_t kEndAhead = -1;
-
-// Whether the walk may take an indefinite element's end where its contents'
-// steps come to it, instead of searching for it first: the element is
-// constructed and sits in a verified record, in indefinite elements only.
-bool endFoundAhead(const RunContext* context, const WalkLevel& level, int depth, const RecordSteps& records)
-{
-    if ((context->toolFlags & TLV_FIX_ENCODING) != 0) return false;  // the repair rewrites as it goes
-    if (!level.read.constructed || !level.read.indefinite()) return false;
-    return depth == 0 ? records.verified() : level.endsAtEndOfContents;
-}
-
-// Goes into such an element: its contents up to the end of the enclosing
-// ones, for the level inside to stop at the end-of-contents. Null when the
-// end-of-contents is all there is, as firstInsideOf gives it.
-const uint8_t* insideAhead(WalkLevel& level, int32_t& inner)
-{
-    const OctetView rest = level.read.behindHeader();
-    level.endFound = false;
-    if (rest.startsWithEndOfContents()) {
-        inner = 0;
-        return nullptr;
-    }
-    level.contentsLength = kEndAhead;
-    inner = rest.size();
-    return rest.data();
-}
-
-bool endOfContentsAt(const uint8_t* octets, int32_t count)
-{
-    return count >= 2 && octets[0] == 0 && octets[1] == 0;
-}
-
-// Steps over an element whose end-of-contents the level inside met.
-const uint8_t* stepOverFoundEnd(WalkLevel& level)
-{
-    const uint8_t* end = level.inside + level.contentsLength + 2;
-    level.count -= static_cast<int32_t>(end - level.element);
-    return level.count == 0 ? nullptr : end;
-}
-
 void walkFrom(RunContext* context, const uint8_t* first, int32_t& total, int top, bool& titles,
               ElementPrinter printer, RecordSteps& records)
 {
@@ -285,10 +229,7 @@ void walkFrom(RunContext* context, const uint8_t* first, int32_t& total, int top
         // Print the element the level stands at, and go inside it.
         bool printed = false;
         if (depth != 0 || records.next(context, level->element, level->count, titles)) {
-            readElementInto(level->read, level->element, level->count);
-            level->read.openEnded = level->endsAtEndOfContents;
-            const bool ahead = endFoundAhead(context, *level, depth, records);
-            level->read.endVerified = ahead;
+            const bool ahead = readLevelElement(context, *level, depth == 0 && records.verified());
             level->indefinite = false;
             if (context->tagWalk != nullptr) context->tagWalk->enter(depth, level->read.tagClass, level->read.tagNumber);
             if (printer(context, level->read, depth, level->indefinite, titles) == 0) {
@@ -296,9 +237,8 @@ void walkFrom(RunContext* context, const uint8_t* first, int32_t& total, int top
                 if ((context->toolFlags & TLV_FIX_ENCODING) != 0) {
                     readElementInto(level->read, level->element, level->count);
                 }
-                int32_t inner = level->count;
-                level->endFound = false;
-                level->inside = ahead ? insideAhead(*level, inner) : firstInsideOf(context, level->read, inner);
+                int32_t inner = 0;
+                level->inside = enterLevelElement(context, *level, ahead, inner);
                 if (level->inside == nullptr && digsIn(context->extensions) &&
                     (context->toolFlags & TLV_SYNTAX_LAYOUT) != 0) {
                     // -dig: a string that encapsulates BER is gone into like a constructed
@@ -307,9 +247,9 @@ void walkFrom(RunContext* context, const uint8_t* first, int32_t& total, int top
                     if (!dug.empty()) {
                         level->inside = dug.data();
                         inner = dug.size();
+                        level->contentsLength = inner;
                     }
                 }
-                if (!ahead || level->inside == nullptr) level->contentsLength = inner;  // else found inside
                 printed = true;
                 if (level->inside != nullptr) {
                     titles = true;
@@ -331,29 +271,16 @@ void walkFrom(RunContext* context, const uint8_t* first, int32_t& total, int top
         while (true) {
             if (printed) {
                 titles = false;
-                if (level->inside != nullptr && level->contentsLength == kEndAhead) {
-                    // The level inside ended elsewhere than at an end-of-contents:
-                    // the end is searched for, as for any element.
-                    int32_t inner = level->count;
-                    firstInsideOf(context, level->read, inner);
-                    level->contentsLength = inner;
-                }
+                settleContentsLength(context, *level);
                 if (level->indefinite && level->inside != nullptr &&
                     endOfContentsFollows(context, level->inside + level->contentsLength)) {
                     printEndOfContents(context, depth);
                 }
                 if (depth == 0) qorRecordDone(context, level->element);
-                const uint8_t* next =
-                    level->endFound ? stepOverFoundEnd(*level) : nextElementOf(context, level->read, level->count);
-                if (next != nullptr && level->count != 0) {
-                    if (!level->endsAtEndOfContents || !endOfContentsAt(next, level->count)) {
-                        level->element = next;
-                        break;
-                    }
-                    // The end-of-contents of the element above.
-                    WalkLevel& above = level[-1];
-                    above.contentsLength = static_cast<int32_t>(next - above.inside);
-                    above.endFound = true;
+                const uint8_t* next = stepOverLevelElement(context, *level);
+                if (next != nullptr && level->count != 0 && !levelEndsAt(level, next)) {
+                    level->element = next;
+                    break;
                 }
             }
             if (depth == top) {

@@ -7,12 +7,9 @@
 #include <vector>
 
 #include "diagnose/tally.h"
-#include "json/json_layout.h"
+#include "listing/stretch_worker.h"
 #include "runtime/extensions.h"
 #include "tests/test_context.h"
-#include "tlv/decomposed_layout.h"
-#include "tlv/hex_layout.h"
-#include "tlv/syntax_layout.h"
 #include "tlv/reader.h"
 
 namespace {
@@ -215,22 +212,13 @@ Listed listInput(ListingLayout layout, const Octets& input, bool searching)
     RunExtensions extensions;
     extensions.tally = &tally;
     context->extensions = &extensions;
-    auto list = [&](const RecordStretch& stretch) {
-        switch (layout) {
-            case ListingLayout::Hexadecimal: return listHexStretch(context, stretch);
-            case ListingLayout::Syntax: return listSyntaxStretch(context, stretch);
-            case ListingLayout::Decomposed: return listDecomposedStretch(context, stretch);
-            case ListingLayout::Json: return listJsonStretch(context, stretch);
-        }
-        return false;
-    };
     try {
         RecordScan scan(context, layout, input.data(), static_cast<int64_t>(input.size()), 0);
         RecordStretch stretch;
         std::vector<int64_t> ends;
         while (scan.next(stretch, ends, 1)) {
             if (searching) stretch.verified = false;
-            if (!list(stretch)) break;
+            if (!listStretch(context, layout, stretch)) break;
         }
     } catch (const ToolJump&) {
     }
