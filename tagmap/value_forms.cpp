@@ -1,6 +1,8 @@
 #include "tagmap/value_forms.h"
 
 #include <cstring>
+#include <memory>
+#include <new>
 #include <string_view>
 
 #include "runtime/decimal.h"
@@ -13,57 +15,16 @@ constexpr char kLowerHex[] = "0123456789abcdef";
 constexpr char kTbcdDigits[] = "0123456789*#abc";
 constexpr uint8_t kFiller = 0xF;
 
-// Appends to the caller's buffer; once something does not fit, every
-// further write is dropped and ok() stays false. The place is kept in the
-// sink itself (a register), and the length given back when it ends.
-class Sink {
-public:
-    explicit Sink(ValueText& out) : out_(out), at_(out.text), end_(out.text + out.capacity) { out_.length = 0; }
-    ~Sink() { out_.length = static_cast<size_t>(at_ - out_.text); }
-    Sink(const Sink&) = delete;
-    Sink& operator=(const Sink&) = delete;
+// The writers below write at `out`, which has valueTextBound(octets.size())
+// characters of room (every text of every form fits it; the decimal writer's
+// whole-word stores too), and return the end, or null when the octets don't
+// fit the form.
 
-    void put(char c)
-    {
-        if (at_ != end_) {
-            *at_++ = c;
-        } else {
-            full_ = true;
-        }
-    }
-    void put(std::string_view text)
-    {
-        if (static_cast<size_t>(end_ - at_) < text.size()) {
-            full_ = true;
-            return;
-        }
-        std::memcpy(at_, text.data(), text.size());
-        at_ += text.size();
-    }
-    // In place where there is room for any number's digits; else staged.
-    void decimal(uint64_t value)
-    {
-        constexpr ptrdiff_t kMostDigits = 20;
-        if (end_ - at_ >= kMostDigits) {
-            at_ = putDecimal(at_, value);
-            return;
-        }
-        char digits[kMostDigits];
-        put(std::string_view(digits, static_cast<size_t>(putDecimal(digits, value) - digits)));
-    }
-    void signedDecimal(int64_t value)
-    {
-        if (value < 0) put('-');
-        decimal(value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value));
-    }
-    bool ok() const { return !full_; }
-
-private:
-    ValueText& out_;
-    char* at_;
-    char* const end_;
-    bool full_ = false;
-};
+char* put(char* out, std::string_view text)
+{
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
+}
 
 // Two's complement, big-endian, 1 to 8 octets.
 bool twosComplement(Octets octets, int64_t& value)
@@ -75,31 +36,36 @@ bool twosComplement(Octets octets, int64_t& value)
     return true;
 }
 
-// TBCD digits, the earlier one in the low nibble. The filler may only be
-// the high nibble of the last octet (an odd count of digits).
-bool tbcdDigits(Octets octets, Sink& sink)
+char* putHex(Octets octets, char* out)
 {
-    if (octets.empty()) return false;
-    for (size_t i = 0; i < octets.size(); ++i) {
-        const uint8_t low = octets[i] & 0xF;
-        const uint8_t high = octets[i] >> 4;
-        if (low == kFiller) return false;
-        sink.put(kTbcdDigits[low]);
-        if (high == kFiller) {
-            if (i + 1 != octets.size()) return false;
-        } else {
-            sink.put(kTbcdDigits[high]);
-        }
+    for (uint8_t octet : octets) {
+        out[0] = kUpperHex[octet >> 4];
+        out[1] = kUpperHex[octet & 0xF];
+        out += 2;
     }
-    return true;
+    return out;
 }
 
-// Plain BCD, tens in the high nibble.
-bool bcdOctet(uint8_t octet, unsigned& value)
+// TBCD digits, the earlier one in the low nibble. The filler may only be
+// the high nibble of the last octet (an odd count of digits).
+[[gnu::always_inline]] inline char* putTbcdDigits(Octets octets, char* out)
 {
-    if ((octet >> 4) > 9 || (octet & 0xF) > 9) return false;
-    value = (octet >> 4) * 10u + (octet & 0xFu);
-    return true;
+    if (octets.empty()) return nullptr;
+    const size_t last = octets.size() - 1;
+    for (size_t i = 0; i < last; ++i) {
+        const uint8_t low = octets[i] & 0xF;
+        const uint8_t high = octets[i] >> 4;
+        if (low == kFiller || high == kFiller) return nullptr;
+        out[0] = kTbcdDigits[low];
+        out[1] = kTbcdDigits[high];
+        out += 2;
+    }
+    const uint8_t low = octets[last] & 0xF;
+    const uint8_t high = octets[last] >> 4;
+    if (low == kFiller) return nullptr;
+    *out++ = kTbcdDigits[low];
+    if (high != kFiller) *out++ = kTbcdDigits[high];
+    return out;
 }
 
 constexpr const char* kNatures[] = {"unknown number",    "international number", "national number",
@@ -120,153 +86,113 @@ const char* planName(unsigned plan)
     }
 }
 
-}  // namespace
-
-bool hexText(Octets octets, ValueText& out)
-{
-    Sink sink(out);
-    for (uint8_t octet : octets) {
-        sink.put(kUpperHex[octet >> 4]);
-        sink.put(kUpperHex[octet & 0xF]);
-    }
-    return sink.ok();
-}
-
-// Up to 8 octets in decimal; a longer INTEGER (a counter of 128 bits, say)
-// in hexadecimal.
-bool integerText(Octets octets, ValueText& out)
+[[gnu::always_inline]] inline char* putInteger(Octets octets, char* out)
 {
     int64_t value;
-    if (twosComplement(octets, value)) {
-        Sink sink(out);
-        sink.signedDecimal(value);
-        return sink.ok();
-    }
-    if (octets.empty()) return false;
-    Sink sink(out);
-    sink.put("0x");
-    for (uint8_t octet : octets) {
-        sink.put(kUpperHex[octet >> 4]);
-        sink.put(kUpperHex[octet & 0xF]);
-    }
-    return sink.ok();
+    if (twosComplement(octets, value)) return putSignedDecimal(out, value);
+    // Beyond 8 octets (a counter of 128 bits, say): hexadecimal.
+    if (octets.empty()) return nullptr;
+    return putHex(octets, put(out, "0x"));
 }
 
 // As the IA5String rendering: printable ASCII as is, the backslash doubled,
 // any other octet as \xNN.
-bool textText(Octets octets, ValueText& out)
+char* putText(Octets octets, char* out)
 {
-    Sink sink(out);
     for (uint8_t octet : octets) {
         if (octet >= 0x20 && octet <= 0x7E) {
-            sink.put(static_cast<char>(octet));
-            if (octet == '\\') sink.put('\\');
+            *out++ = static_cast<char>(octet);
+            if (octet == '\\') *out++ = '\\';
         } else {
-            sink.put("\\x");
-            sink.put(kLowerHex[octet >> 4]);
-            sink.put(kLowerHex[octet & 0xF]);
+            out[0] = '\\';
+            out[1] = 'x';
+            out[2] = kLowerHex[octet >> 4];
+            out[3] = kLowerHex[octet & 0xF];
+            out += 4;
         }
     }
-    return sink.ok();
-}
-
-bool tbcdText(Octets octets, ValueText& out)
-{
-    Sink sink(out);
-    return tbcdDigits(octets, sink) && sink.ok();
+    return out;
 }
 
 // An AddressString: octet 1 = extension bit (set), nature of address, numbering
 // plan; then TBCD digits. International E.164 is written `+digits`, the rest
 // as digits with nature and plan named.
-bool isdnText(Octets octets, ValueText& out)
+char* putIsdn(Octets octets, char* out)
 {
-    if (octets.size() < 2 || (octets[0] & 0x80) == 0) return false;
+    if (octets.size() < 2 || (octets[0] & 0x80) == 0) return nullptr;
     const unsigned nature = (octets[0] >> 4) & 7;
     const unsigned plan = octets[0] & 0xF;
-    Sink sink(out);
     const bool e164International = nature == 1 && plan == 1;
-    if (e164International) sink.put('+');
-    if (!tbcdDigits(octets.subspan(1), sink)) return false;
-    if (!e164International) {
-        sink.put(" (");
-        if (kNatures[nature] != nullptr) {
-            sink.put(kNatures[nature]);
-        } else {
-            sink.put("nature ");
-            sink.decimal(nature);
-        }
-        sink.put(", ");
-        if (planName(plan) != nullptr) {
-            sink.put(planName(plan));
-        } else {
-            sink.put("plan ");
-            sink.decimal(plan);
-        }
-        sink.put(')');
-    }
-    return sink.ok();
+    if (e164International) *out++ = '+';
+    out = putTbcdDigits(octets.subspan(1), out);
+    if (out == nullptr || e164International) return out;
+    out = put(out, " (");
+    out = kNatures[nature] != nullptr ? put(out, kNatures[nature]) : putDecimal(put(out, "nature "), nature);
+    out = put(out, ", ");
+    out = planName(plan) != nullptr ? put(out, planName(plan)) : putDecimal(put(out, "plan "), plan);
+    *out++ = ')';
+    return out;
 }
 
-// YY MM DD hh mm ss S hh mm: local time, then its offset from UTC.
-bool bcdTimestampText(Octets octets, ValueText& out)
+// Each octet's two BCD digits as two characters, high nibble first.
+inline constexpr std::array<char, 512> kNibbleChars = [] {
+    std::array<char, 512> chars{};
+    for (int i = 0; i < 256; ++i) {
+        chars[2 * i] = static_cast<char>('0' + (i >> 4));
+        chars[2 * i + 1] = static_cast<char>('0' + (i & 0xF));
+    }
+    return chars;
+}();
+
+// YY MM DD hh mm ss S hh mm: local time, then its offset from UTC, into
+// "20YY-MM-DD hh:mm:ss Shh:mm". A BCD octet whose digits are both 0 to 9
+// orders as its number does, so the fields' ranges are octet ranges.
+[[gnu::always_inline]] inline char* putBcdTimestamp(Octets octets, char* out)
 {
-    if (octets.size() != 9 || (octets[6] != '+' && octets[6] != '-')) return false;
-    // YY MM DD hh mm ss, then the offset's hh mm behind the sign octet; each
-    // octet's two BCD digits go into "20YY-MM-DD hh:mm:ss Shh:mm" as they stand.
+    if (octets.size() != 9 || (octets[6] != '+' && octets[6] != '-')) return nullptr;
     constexpr size_t kOctet[8] = {0, 1, 2, 3, 4, 5, 7, 8};
-    constexpr unsigned kLow[8] = {0, 1, 1, 0, 0, 0, 0, 0};
-    constexpr unsigned kHigh[8] = {99, 12, 31, 23, 59, 59, 14, 59};
+    constexpr uint8_t kLow[8] = {0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00};
+    constexpr uint8_t kHigh[8] = {0x99, 0x12, 0x31, 0x23, 0x59, 0x59, 0x14, 0x59};
     constexpr size_t kAt[8] = {2, 5, 8, 11, 14, 17, 21, 24};
-    char text[] = "20..-..-.. ..:..:.. ...:..";
+    bool fits = true;
     for (int f = 0; f < 8; ++f) {
-        unsigned value;
-        if (!bcdOctet(octets[kOctet[f]], value) || value < kLow[f] || value > kHigh[f]) return false;
-        text[kAt[f]] = static_cast<char>('0' + (octets[kOctet[f]] >> 4));
-        text[kAt[f] + 1] = static_cast<char>('0' + (octets[kOctet[f]] & 0xF));
+        const uint8_t octet = octets[kOctet[f]];
+        fits &= ((octet & 0xF) <= 9) & (octet >= kLow[f]) & (octet <= kHigh[f]);  // the high digit: by kHigh
     }
-    text[20] = static_cast<char>(octets[6]);
-    Sink sink(out);
-    sink.put(std::string_view(text, sizeof text - 1));
-    return sink.ok();
+    if (!fits) return nullptr;
+    constexpr char kShape[] = "20..-..-.. ..:..:.. ...:..";
+    std::memcpy(out, kShape, sizeof kShape - 1);
+    for (int f = 0; f < 8; ++f) std::memcpy(out + kAt[f], &kNibbleChars[2 * octets[kOctet[f]]], 2);
+    out[20] = static_cast<char>(octets[6]);
+    return out + sizeof kShape - 1;
 }
 
-namespace {
-
-void dotted(Octets four, Sink& sink)
+char* putDotted(Octets four, char* out)
 {
-    for (size_t i = 0; i < 4; ++i) {
-        if (i != 0) sink.put('.');
-        sink.decimal(four[i]);
+    out = putDecimal(out, four[0]);
+    for (size_t i = 1; i < 4; ++i) {
+        *out++ = '.';
+        out = putDecimal(out, four[i]);
     }
+    return out;
 }
 
-}  // namespace
-
-bool ipv4Text(Octets octets, ValueText& out)
+char* putIpv4(Octets octets, char* out)
 {
-    if (octets.size() != 4) return false;
-    Sink sink(out);
-    dotted(octets, sink);
-    return sink.ok();
+    return octets.size() == 4 ? putDotted(octets, out) : nullptr;
 }
 
 // RFC 5952: lower case, no leading zeros, the longest run of two or more zero
 // groups as `::` (the first such run on a tie), IPv4-mapped addresses with
 // the IPv4 part dotted.
-bool ipv6Text(Octets octets, ValueText& out)
+char* putIpv6(Octets octets, char* out)
 {
-    if (octets.size() != 16) return false;
+    if (octets.size() != 16) return nullptr;
     unsigned groups[8];
     for (int i = 0; i < 8; ++i) groups[i] = static_cast<unsigned>(octets[2 * i]) << 8 | octets[2 * i + 1];
-    Sink sink(out);
     const bool mapped = groups[0] == 0 && groups[1] == 0 && groups[2] == 0 && groups[3] == 0 && groups[4] == 0 &&
                         groups[5] == 0xFFFF;
-    if (mapped) {
-        sink.put("::ffff:");
-        dotted(octets.subspan(12), sink);
-        return sink.ok();
-    }
+    if (mapped) return putDotted(octets.subspan(12), put(out, "::ffff:"));
     int bestStart = -1;
     int bestLength = 1;
     for (int i = 0; i < 8;) {
@@ -280,74 +206,150 @@ bool ipv6Text(Octets octets, ValueText& out)
     }
     for (int i = 0; i < 8; ++i) {
         if (i == bestStart) {
-            sink.put("::");
+            out = put(out, "::");
             i += bestLength - 1;
             continue;
         }
-        if (i != 0 && i != bestStart + bestLength) sink.put(':');
+        if (i != 0 && i != bestStart + bestLength) *out++ = ':';
         bool started = false;
         for (int shift = 12; shift >= 0; shift -= 4) {
             unsigned nibble = (groups[i] >> shift) & 0xF;
             if (nibble != 0 || started || shift == 0) {
-                sink.put(kLowerHex[nibble]);
+                *out++ = kLowerHex[nibble];
                 started = true;
             }
         }
     }
-    return sink.ok();
+    return out;
 }
 
 // Octet 1: MCC digit 2 | digit 1; octet 2: MNC digit 3 (F for two digits) |
 // MCC digit 3; octet 3: MNC digit 2 | digit 1.
-bool plmnIdText(Octets octets, ValueText& out)
+char* putPlmnId(Octets octets, char* out)
 {
-    if (octets.size() != 3) return false;
+    if (octets.size() != 3) return nullptr;
     const uint8_t digits[6] = {static_cast<uint8_t>(octets[0] & 0xF), static_cast<uint8_t>(octets[0] >> 4),
                                static_cast<uint8_t>(octets[1] & 0xF), static_cast<uint8_t>(octets[2] & 0xF),
                                static_cast<uint8_t>(octets[2] >> 4),  static_cast<uint8_t>(octets[1] >> 4)};
-    const bool twoDigitMnc = digits[5] == kFiller;
-    for (int i = 0; i < (twoDigitMnc ? 5 : 6); ++i) {
-        if (digits[i] > 9) return false;
+    const int mncDigits = digits[5] == kFiller ? 2 : 3;
+    for (int i = 0; i < 3 + mncDigits; ++i) {
+        if (digits[i] > 9) return nullptr;
     }
-    Sink sink(out);
-    sink.put("MCC ");
-    for (int i = 0; i < 3; ++i) sink.put(static_cast<char>('0' + digits[i]));
-    sink.put(" MNC ");
-    for (int i = 3; i < (twoDigitMnc ? 5 : 6); ++i) sink.put(static_cast<char>('0' + digits[i]));
-    return sink.ok();
+    out = put(out, "MCC ");
+    for (int i = 0; i < 3; ++i) *out++ = static_cast<char>('0' + digits[i]);
+    out = put(out, " MNC ");
+    for (int i = 3; i < 3 + mncDigits; ++i) *out++ = static_cast<char>('0' + digits[i]);
+    return out;
+}
+
+[[gnu::always_inline]] inline char* putEnumerated(Octets octets, const TagMap& map, const TagNode& node, char* out)
+{
+    int64_t value;
+    if (!twosComplement(octets, value)) return nullptr;
+    const std::string_view name = map.valueName(node, value);
+    return name.empty() ? putSignedDecimal(out, value) : put(out, name);
+}
+
+// A writer's text in a ValueText: in place when it has the room every text
+// needs, else made in a block of that room and copied when it fits.
+template <typename Write>
+bool intoValueText(Octets octets, ValueText& out, Write write)
+{
+    const size_t room = valueTextBound(octets.size());
+    out.length = 0;
+    if (out.capacity >= room) {
+        const char* end = write(out.text);
+        if (end == nullptr) return false;
+        out.length = static_cast<size_t>(end - out.text);
+        return true;
+    }
+    const std::unique_ptr<char[]> block(new (std::nothrow) char[room]);
+    if (block == nullptr) return false;
+    const char* end = write(block.get());
+    if (end == nullptr || static_cast<size_t>(end - block.get()) > out.capacity) return false;
+    out.length = static_cast<size_t>(end - block.get());
+    std::memcpy(out.text, block.get(), out.length);
+    return true;
+}
+
+}  // namespace
+
+char* putHexText(Octets octets, char* out)
+{
+    return putHex(octets, out);
+}
+
+char* putFormText(const TagMap& map, const TagNode& node, Octets octets, char* out)
+{
+    switch (node.form) {
+        case ValueForm::Hex: return putHex(octets, out);
+        case ValueForm::Integer: return putInteger(octets, out);
+        case ValueForm::Enumerated: return putEnumerated(octets, map, node, out);
+        case ValueForm::Text: return putText(octets, out);
+        case ValueForm::Tbcd: return putTbcdDigits(octets, out);
+        case ValueForm::Isdn: return putIsdn(octets, out);
+        case ValueForm::BcdTimestamp: return putBcdTimestamp(octets, out);
+        case ValueForm::Ipv4: return putIpv4(octets, out);
+        case ValueForm::Ipv6: return putIpv6(octets, out);
+        case ValueForm::PlmnId: return putPlmnId(octets, out);
+        case ValueForm::None: break;
+    }
+    return nullptr;
+}
+
+bool hexText(Octets octets, ValueText& out)
+{
+    return intoValueText(octets, out, [octets](char* at) { return putHex(octets, at); });
+}
+
+bool integerText(Octets octets, ValueText& out)
+{
+    return intoValueText(octets, out, [octets](char* at) { return putInteger(octets, at); });
+}
+
+bool textText(Octets octets, ValueText& out)
+{
+    return intoValueText(octets, out, [octets](char* at) { return putText(octets, at); });
+}
+
+bool tbcdText(Octets octets, ValueText& out)
+{
+    return intoValueText(octets, out, [octets](char* at) { return putTbcdDigits(octets, at); });
+}
+
+bool isdnText(Octets octets, ValueText& out)
+{
+    return intoValueText(octets, out, [octets](char* at) { return putIsdn(octets, at); });
+}
+
+bool bcdTimestampText(Octets octets, ValueText& out)
+{
+    return intoValueText(octets, out, [octets](char* at) { return putBcdTimestamp(octets, at); });
+}
+
+bool ipv4Text(Octets octets, ValueText& out)
+{
+    return intoValueText(octets, out, [octets](char* at) { return putIpv4(octets, at); });
+}
+
+bool ipv6Text(Octets octets, ValueText& out)
+{
+    return intoValueText(octets, out, [octets](char* at) { return putIpv6(octets, at); });
+}
+
+bool plmnIdText(Octets octets, ValueText& out)
+{
+    return intoValueText(octets, out, [octets](char* at) { return putPlmnId(octets, at); });
 }
 
 bool enumeratedText(Octets octets, const TagMap& map, const TagNode& node, ValueText& out)
 {
-    int64_t value;
-    if (!twosComplement(octets, value)) return false;
-    Sink sink(out);
-    std::string_view name = map.valueName(node, value);
-    if (name.empty()) {
-        sink.signedDecimal(value);
-    } else {
-        sink.put(name);
-    }
-    return sink.ok();
+    return intoValueText(octets, out, [&](char* at) { return putEnumerated(octets, map, node, at); });
 }
 
 bool valueText(const TagMap& map, const TagNode& node, Octets octets, ValueText& out)
 {
-    switch (node.form) {
-        case ValueForm::Hex: return hexText(octets, out);
-        case ValueForm::Integer: return integerText(octets, out);
-        case ValueForm::Enumerated: return enumeratedText(octets, map, node, out);
-        case ValueForm::Text: return textText(octets, out);
-        case ValueForm::Tbcd: return tbcdText(octets, out);
-        case ValueForm::Isdn: return isdnText(octets, out);
-        case ValueForm::BcdTimestamp: return bcdTimestampText(octets, out);
-        case ValueForm::Ipv4: return ipv4Text(octets, out);
-        case ValueForm::Ipv6: return ipv6Text(octets, out);
-        case ValueForm::PlmnId: return plmnIdText(octets, out);
-        case ValueForm::None: break;
-    }
-    out.length = 0;
-    return false;
+    return intoValueText(octets, out, [&](char* at) { return putFormText(map, node, octets, at); });
 }
 
 const char* valueFormName(ValueForm form)

@@ -39,5 +39,12 @@ bool enumeratedText(Octets octets, const TagMap& map, const TagNode& node, Value
 // The node's form applied to the octets; false also for ValueForm::None.
 bool valueText(const TagMap& map, const TagNode& node, Octets octets, ValueText& out);
 
+// The same for writers that have the room ready: the text at `out`, which
+// has valueTextBound(octets.size()) characters (the writers store whole
+// words within it); returns the end, or null when the octets don't fit the
+// form. The hexadecimal always fits.
+char* putFormText(const TagMap& map, const TagNode& node, Octets octets, char* out);
+char* putHexText(Octets octets, char* out);
+
 // The short name of a form as maps write it ("tbcd"), for notes.
 const char* valueFormName(ValueForm form);

@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr size_t kNoteRoom = 32;  // " (not bcd-timestamp)" is the longest note
 constexpr size_t kInPlaceLimit = 4096;  // longer values are made apart and copied
 // Between a field name and its value in the syntax layout; before the value
 // in the decomposed one. All three are beginnings of one text, so the
@@ -73,6 +72,34 @@ size_t formNote(const char* formName, char* note, size_t capacity)
     note[6 + nameSize] = ')';
     return nameSize + 7;
 }
+
+}  // namespace
+
+char* putHexWithNote(char* at, const RunContext* context, const TagNode& node, Octets octets, int column)
+{
+    const size_t length = static_cast<size_t>(putHexText(octets, at) - at);
+    char note[kNoteRoom];
+    const size_t noteSize = formNote(valueFormName(node.form), note, sizeof note);
+    bool cut = false;
+    const size_t shown = keptOfValue(context, length + noteSize, false, column, cut);
+    if (!cut) {
+        std::memcpy(at + length, note, noteSize);
+        return at + length + noteSize;
+    }
+    if (shown >= noteSize) {
+        at += shown - noteSize;
+        std::memcpy(at, "...", 3);
+        std::memcpy(at + 3, note, noteSize);
+        return at + 3 + noteSize;
+    }
+    // The text and the note as one, cut where the line ends.
+    if (shown > length) std::memcpy(at + length, note, shown - length);
+    at += shown;
+    std::memcpy(at, "...", 3);
+    return at + 3;
+}
+
+namespace {
 
 // The formed value, or the hexadecimal with " (not FORM)" behind it, cut at
 // the end of the line as the layouts cut their own values; a cut keeps the
@@ -141,91 +168,34 @@ bool formApplies(const TagNode& node)
     return node.form != ValueForm::None && node.form != ValueForm::Hex;
 }
 
-// A primitive, tagged element of a definite length with a form of its own;
-// for such an element `hex` is what the layout shows, so it goes here too.
-bool formInPlace(const TagNode& node, const Element& element, const UniversalTag* row, bool bad)
-{
-    return node.form != ValueForm::None && !bad && !element.constructed && row == nullptr && element.length > 0 &&
-           !element.lengthOverruns();
-}
-
-// A constructed, tagged element of a definite length that the data holds:
-// the layout's value for it is never shown and never fails, so it isn't
-// made.
-bool nothingToShow(const Element& element, const UniversalTag* row, bool bad)
-{
-    return element.constructed && row == nullptr && !bad && element.length >= 0 && !element.lengthOverruns();
-}
-
 // The common case, written straight into the run buffer: a primitive,
 // tagged (not universal) element of a definite length with a form of its
 // own. For such an element the layout's value is its octets in hexadecimal
 // and can't fail, so it isn't made at all. False when the value takes the
 // general road (the output goes elsewhere, or the value is long).
 [[gnu::always_inline]] inline bool printInPlace(RunContext* context, const TagMap& map, const TagNode& node,
-                                                const Element& element, int column,
-                  std::string_view field, std::string_view separator)
+                                                const Element& element, int column, std::string_view separator)
 {
-    const OctetView contents = element.contents();
-    const Octets octets(contents.data(), static_cast<size_t>(contents.size()));
-    const size_t bound = valueTextBound(octets.size());
-    const size_t most = field.size() + separator.size() + bound + kNoteRoom + 3;
+    const size_t most = separator.size() + fieldValueRoom(element);
     if (most > kInPlaceLimit) return false;
     char* const begin = qorReserve(context, most);
     if (begin == nullptr) return false;
-    char* at = begin;
-    copyShort(at, field.data(), field.size());
-    at += field.size();
-    std::memcpy(at, kSeparatorText, sizeof kSeparatorText);  // `separator` is its beginning
-    at += separator.size();
-    column += static_cast<int>(field.size() + separator.size());
-    ValueText out{at, bound, 0};
-    size_t noteSize = 0;
-    char note[kNoteRoom];
-    if (!valueText(map, node, octets, out)) {
-        hexText(octets, out);
-        noteSize = formNote(valueFormName(node.form), note, sizeof note);
-    }
-    bool cut = false;
-    const size_t shown = keptOfValue(context, out.length + noteSize, false, column, cut);
-    if (!cut) {
-        // The whole note room in one fixed copy: the reservation holds it.
-        at += out.length;
-        if (noteSize > 0) std::memcpy(at, note, kNoteRoom);
-        at += noteSize;
-    } else if (noteSize > 0 && shown >= noteSize) {
-        at += shown - noteSize;
-        std::memcpy(at, "...", 3);
-        std::memcpy(at + 3, note, noteSize);
-        at += 3 + noteSize;
-    } else {
-        // The text and the note as one, cut where the line ends.
-        if (shown > out.length) std::memcpy(at + out.length, note, shown - out.length);
-        at += shown;
-        std::memcpy(at, "...", 3);
-        at += 3;
-    }
-    qorGiveBack(context, at);
+    std::memcpy(begin, kSeparatorText, sizeof kSeparatorText);  // `separator` is its beginning
+    column += static_cast<int>(separator.size());
+    const Octets octets(element.start() + element.header, static_cast<size_t>(element.length));
+    qorGiveBack(context, putFieldValue(begin + separator.size(), context, map, node, octets, column));
     return true;
 }
 
 // A form on a universal type, an empty value, a length beyond the data, a
-// long value: the value made apart, the layout's value where it fails.
-[[gnu::noinline]] bool printSyntaxFieldRarely(RunContext* context, const Element& element, int level,
-                                              const UniversalTag* row, int column, bool bad)
+// long value: the value made apart, the layout's value where it fails. The
+// field name, if any, is written.
+[[gnu::noinline]] bool printFieldRarely(RunContext* context, const Element& element, int level,
+                                        const UniversalTag* row, int column, bool bad, std::string_view separator)
 {
     FieldBuffer buffer(static_cast<size_t>(bad ? 0 : element.contents().size()));
     const FieldValue field = describe(context, element, level, bad, buffer);
-    column += writeField(context, field.field);
-    return printContents(context, element, field, row, column, bad, field.named() ? kFieldSeparator : kNoSeparator);
-}
-
-[[gnu::noinline]] bool printDecomposedFieldRarely(RunContext* context, const Element& element, int level,
-                                                  const UniversalTag* row, int column, bool bad)
-{
-    FieldBuffer buffer(static_cast<size_t>(bad ? 0 : element.contents().size()));
-    const FieldValue field = describe(context, element, level, bad, buffer);
-    return printContents(context, element, field, row, column, bad, kValueSeparator);
+    return printContents(context, element, field, row, column, bad, separator);
 }
 
 }  // namespace
@@ -255,22 +225,18 @@ bool printSyntaxFieldContents(RunContext* context, const Element& element, int l
 {
     const TagNode* node = context->tagWalk->node(level);
     if (node == nullptr) return printContents(context, element, FieldValue(), row, column, bad, kNoSeparator);
+    column += writeField(context, node->field);
+    if (nothingToShow(element, row, bad)) return bad;
+    const std::string_view separator = node->field.empty() ? kNoSeparator : kFieldSeparator;
     if (formInPlace(*node, element, row, bad) &&
-        printInPlace(context, context->tagWalk->map(), *node, element, column, node->field,
-                     node->field.empty() ? kNoSeparator : kFieldSeparator)) {
-        return bad;
-    }
-    if (nothingToShow(element, row, bad)) {
-        writeField(context, node->field);
+        printInPlace(context, context->tagWalk->map(), *node, element, column, separator)) {
         return bad;
     }
     if (element.constructed || !formApplies(*node)) {
-        // The name, and the layout's own contents.
-        column += writeField(context, node->field);
-        return printContents(context, element, FieldValue(), row, column, bad,
-                             node->field.empty() ? kNoSeparator : kFieldSeparator);
+        // The layout's own contents.
+        return printContents(context, element, FieldValue(), row, column, bad, separator);
     }
-    return printSyntaxFieldRarely(context, element, level, row, column, bad);
+    return printFieldRarely(context, element, level, row, column, bad, separator);
 }
 
 bool printDecomposedFieldContents(RunContext* context, const Element& element, int level, const UniversalTag* row,
@@ -279,12 +245,12 @@ bool printDecomposedFieldContents(RunContext* context, const Element& element, i
     const TagNode* node = context->tagWalk->node(level);
     if (node == nullptr) return printContents(context, element, FieldValue(), row, column, bad, kValueSeparator);
     if (formInPlace(*node, element, row, bad) &&
-        printInPlace(context, context->tagWalk->map(), *node, element, column, kNoSeparator, kValueSeparator)) {
+        printInPlace(context, context->tagWalk->map(), *node, element, column, kValueSeparator)) {
         return bad;
     }
     if (nothingToShow(element, row, bad)) return bad;
     if (element.constructed || !formApplies(*node)) {
         return printContents(context, element, FieldValue(), row, column, bad, kValueSeparator);
     }
-    return printDecomposedFieldRarely(context, element, level, row, column, bad);
+    return printFieldRarely(context, element, level, row, column, bad, kValueSeparator);
 }

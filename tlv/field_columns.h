@@ -3,13 +3,18 @@
 // value in the map's form in place of the layout's own contents.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string_view>
 
+#include "runtime/context.h"
+#include "runtime/extensions.h"
+#include "runtime/output_line.h"
 #include "tagmap/tag_walk.h"
+#include "tagmap/value_forms.h"
+#include "tlv/element.h"
+#include "tlv/syntax_layout.h"
 
-struct RunContext;
-struct Element;
 struct UniversalTag;
 
 // Installs a TagWalk in context->tagWalk for one layout's walk when the run
@@ -42,3 +47,80 @@ bool printSyntaxFieldContents(RunContext* context, const Element& element, int l
 // type name: `:` and the value.
 bool printDecomposedFieldContents(RunContext* context, const Element& element, int level, const UniversalTag* row,
                                   int column, bool bad);
+
+// A primitive, tagged element of a definite length with a form of its own;
+// for such an element `hex` is what the layout shows, so it goes here too.
+inline bool formInPlace(const TagNode& node, const Element& element, const UniversalTag* row, bool bad)
+{
+    return node.form != ValueForm::None && !bad && !element.constructed && row == nullptr && element.length > 0 &&
+           !element.lengthOverruns();
+}
+
+// A constructed, tagged element of a definite length that the data holds:
+// the layout's value for it is never shown and never fails, so it isn't
+// made.
+inline bool nothingToShow(const Element& element, const UniversalTag* row, bool bad)
+{
+    return element.constructed && row == nullptr && !bad && element.length >= 0 && !element.lengthOverruns();
+}
+
+// " (not bcd-timestamp)" is the longest note behind a value that doesn't
+// fit its form.
+constexpr size_t kNoteRoom = 32;
+// The room putFieldValue takes for an element of formInPlace.
+inline size_t fieldValueRoom(const Element& element)
+{
+    return valueTextBound(static_cast<size_t>(element.length)) + kNoteRoom + 3;
+}
+// The octets of a value that doesn't fit its form at `at`, in hexadecimal
+// with " (not FORM)" behind them; see putFieldValue.
+char* putHexWithNote(char* at, const RunContext* context, const TagNode& node, Octets octets, int column);
+// Writes the value of an element of formInPlace at `at`, in the node's form,
+// or its hexadecimal with " (not FORM)" behind it, cut at the end of the line
+// as the layouts cut their own values (a cut keeps the note whole when the
+// line has room for it); `column` is where it starts. Returns the end.
+inline char* putFieldValue(char* at, const RunContext* context, const TagMap& map, const TagNode& node,
+                           Octets octets, int column)
+{
+    char* const end = putFormText(map, node, octets, at);
+    if (end == nullptr) return putHexWithNote(at, context, node, octets, column);
+    bool cut = false;
+    const size_t shown = keptOfValue(context, static_cast<size_t>(end - at), false, column, cut);
+    if (!cut) return end;
+    std::memcpy(at + shown, "...", 3);
+    return at + shown + 3;
+}
+
+// What the syntax layout writes of a mapped element on the element's own
+// line as it composes it: the field name alone (nothing to show), or the
+// name and the value in the map's form when the value is short. No `node`:
+// the contents take printSyntaxFieldContents.
+struct FieldOnLine {
+    const TagNode* node = nullptr;
+    bool value = false;
+    size_t room = 0;  // what the line needs for them
+};
+// `held`: the element's length is definite and the data holds its contents.
+inline FieldOnLine syntaxFieldOnTheLine(const RunContext* context, const Element& element, int level,
+                                        const UniversalTag* row, bool held)
+{
+    const TagNode* node = context->tagWalk->node(level);
+    if (node == nullptr || row != nullptr || !held || digsIn(context->extensions)) return {};
+    if (element.constructed) return {node, false, node->field.size()};  // nothingToShow
+    // formInPlace, with a value short enough for the line's own room.
+    const size_t room = fieldValueRoom(element);
+    if (node->form == ValueForm::None || element.length == 0 || room > OutputLine::kMadeMost) return {};
+    return {node, true, node->field.size() + 2 + room};
+}
+inline void putSyntaxFieldOnTheLine(OutputLine& line, const RunContext* context, const FieldOnLine& field,
+                                    const Element& element, int column)
+{
+    const std::string_view name = field.node->field;
+    if (!name.empty()) column += line.text(name.data(), name.size());
+    if (!field.value) return;
+    if (!name.empty()) column += line.text(": ", 2);
+    const Octets octets(element.start() + element.header, static_cast<size_t>(element.length));
+    line.made([&](char* out) {
+        return putFieldValue(out, context, context->tagWalk->map(), *field.node, octets, column);
+    });
+}

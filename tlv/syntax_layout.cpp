@@ -128,10 +128,13 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     // Contents shown as their octets go on the element's line, straight
     // from the input.
     const bool octetsInLine = octetsOnTheLine(context, element, name.row);
+    // So do a tag map's field name and a short value in the map's form.
+    const FieldOnLine field =
+        context->tagWalk != nullptr ? syntaxFieldOnTheLine(context, element, depth, name.row, !bad && length >= 0) : FieldOnLine();
     int column = 0;
     {
         const size_t nameLength = name.text != nullptr ? static_cast<size_t>(name.length) : 7;
-        const size_t octetsLength = octetsInLine ? octetsRoom(element) : 0;
+        const size_t octetsLength = octetsInLine ? octetsRoom(element) : field.room;
         OutputLine line(context, 3 * static_cast<size_t>(indentWidth) + 2 * nameLength + 80 + octetsLength);
         if (lineEnd) line.character('\n');
         column = line.blanks(indentWidth);
@@ -149,6 +152,10 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
         }
         if (octetsInLine) {
             putOctetsAsTheyAre(line, context, element, name.row, "", column);
+            return 0;
+        }
+        if (field.node != nullptr) {
+            putSyntaxFieldOnTheLine(line, context, field, element, column);
             return 0;
         }
     }
