@@ -64,6 +64,15 @@ public:
         at_ += length;
         return static_cast<int>(length);
     }
+    // A text that can be read for 32 characters from its start, with room
+    // for 32 on the line: up to 32 of them in one fixed move.
+    int textOf32(const char* text, size_t length)
+    {
+        if (begin_ == nullptr || length > 32) return this->text(text, length);
+        std::memcpy(at_, text, 32);
+        at_ += length;
+        return static_cast<int>(length);
+    }
     int character(char c)
     {
         if (begin_ == nullptr) return qorWrite(context_, &c, 1);

@@ -195,5 +195,6 @@ bool TagMapBuilder::finish(std::string& error)
         return false;
     }
     map_.setEdges(edges_);
+    map_.placeFields();
     return true;
 }

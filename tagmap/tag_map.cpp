@@ -1,11 +1,15 @@
 #include "tagmap/tag_map.h"
 
 #include <algorithm>
+#include <cstring>
 
 std::string_view TagMap::valueName(const TagNode& node, int64_t value) const
 {
     const EnumName* first = names_.data() + node.firstName;
     const EnumName* last = first + node.nameCount;
+    // Most enumerations number their values from 0 on, without a gap: the
+    // value is its own index then (the names are in the order of their values).
+    if (value >= 0 && value < node.nameCount && first[value].value == value) return first[value].name;
     const EnumName* found =
         std::lower_bound(first, last, value, [](const EnumName& name, int64_t v) { return name.value < v; });
     return found != last && found->value == value ? found->name : std::string_view{};
@@ -41,5 +45,21 @@ void TagMap::setEdges(const std::vector<std::pair<uint64_t, uint32_t>>& edges)
     }
     for (TagNode& node : nodes_) {
         node.direct = node.childSet < blockOf.size() ? blockOf[node.childSet] : kNoNode;
+    }
+}
+
+void TagMap::placeFields()
+{
+    size_t total = kFieldReach;
+    for (const TagNode& node : nodes_) total += node.field.empty() ? 0 : node.field.size() + 2;
+    fields_ = std::make_unique<char[]>(total);
+    char* at = fields_.get();
+    for (TagNode& node : nodes_) {
+        if (node.field.empty()) continue;
+        const size_t size = node.field.size();
+        std::memcpy(at, node.field.data(), size);
+        std::memcpy(at + size, ": ", 2);
+        node.field = std::string_view(at, size);
+        at += size + 2;
     }
 }

@@ -45,7 +45,9 @@ struct EnumName {
 };
 
 struct TagNode {
-    std::string_view field;  // empty for a step the map names no field at
+    // Empty for a step the map names no field at. A name is followed by ": "
+    // and readable for TagMap::kFieldReach octets from its start.
+    std::string_view field;
     uint32_t childSet;       // the key space of the children; kNoChildren for a leaf
     uint32_t wildcard;       // index of the `*` child, or kNoNode
     uint32_t firstName;      // the enumerated names, in TagMap::names_
@@ -75,6 +77,10 @@ public:
     void keepText(std::unique_ptr<char[]> text) { text_ = std::move(text); }
 
     size_t nodeCount() const { return nodes_.size(); }
+
+    // How far a field name can be read in one move: the name and ": " are
+    // copied as 32 octets when they are no longer.
+    static constexpr size_t kFieldReach = 32;
     bool empty() const { return nodes_.size() <= 1; }
 
 private:
@@ -99,6 +105,8 @@ private:
         }
     }
     void setEdges(const std::vector<std::pair<uint64_t, uint32_t>>& edges);
+    // Moves the field names into fields_, each behind the one before with ": ".
+    void placeFields();
 
     std::vector<TagNode> nodes_;
     std::vector<Slot> slots_;
@@ -106,6 +114,7 @@ private:
     std::vector<EnumName> names_;
     uint32_t slotMask_ = 0;
     std::unique_ptr<char[]> text_;  // the map's text when it was read from a file; views point into it
+    std::unique_ptr<char[]> fields_;  // every field name and ": ", and kFieldReach octets behind the last
 };
 
 // The key of one child in the table: the child set, the class, the number.

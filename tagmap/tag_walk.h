@@ -20,12 +20,16 @@ public:
     // early) is one the map can't know.
     const TagNode* enter(int level, int tagClass, int32_t tagNumber)
     {
+        entered_ = nullptr;
         if (level < 0 || level + 1 >= kLevels) return nullptr;
         const TagNode* node =
             tagNumber < 0 ? nullptr : map_.child(nodes_[level], tagClass, static_cast<uint32_t>(tagNumber));
         nodes_[level + 1] = node;
+        entered_ = node;
         return node;
     }
+    // The node that the last enter() found, at whatever level.
+    const TagNode* entered() const { return entered_; }
     // The node that the last enter() at `level` found.
     const TagNode* node(int level) const
     {
@@ -36,4 +40,5 @@ public:
 private:
     const TagMap& map_;
     const TagNode* nodes_[kLevels];
+    const TagNode* entered_ = nullptr;
 };

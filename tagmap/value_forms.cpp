@@ -144,26 +144,41 @@ inline constexpr std::array<char, 512> kNibbleChars = [] {
     return chars;
 }();
 
+// A BCD octet of two digits 0 to 9 within [low, high]: such an octet
+// orders as its number does, so a field's range is an octet range (and a
+// high bound below 0xA0 keeps the high digit a digit).
+constexpr bool bcdWithin(uint8_t octet, uint8_t low, uint8_t high)
+{
+    return ((octet & 0xF) <= 9) & (octet >= low) & (octet <= high);
+}
+
+// Writes an octet's two BCD digits at `at`, high digit first.
+inline void putBcdPair(char* at, uint8_t octet)
+{
+    std::memcpy(at, &kNibbleChars[2 * octet], 2);
+}
+
 // YY MM DD hh mm ss S hh mm: local time, then its offset from UTC, into
-// "20YY-MM-DD hh:mm:ss Shh:mm". A BCD octet whose digits are both 0 to 9
-// orders as its number does, so the fields' ranges are octet ranges.
+// "20YY-MM-DD hh:mm:ss Shh:mm".
 [[gnu::always_inline]] inline char* putBcdTimestamp(Octets octets, char* out)
 {
     if (octets.size() != 9 || (octets[6] != '+' && octets[6] != '-')) return nullptr;
-    constexpr size_t kOctet[8] = {0, 1, 2, 3, 4, 5, 7, 8};
-    constexpr uint8_t kLow[8] = {0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00};
-    constexpr uint8_t kHigh[8] = {0x99, 0x12, 0x31, 0x23, 0x59, 0x59, 0x14, 0x59};
-    constexpr size_t kAt[8] = {2, 5, 8, 11, 14, 17, 21, 24};
-    bool fits = true;
-    for (int f = 0; f < 8; ++f) {
-        const uint8_t octet = octets[kOctet[f]];
-        fits &= ((octet & 0xF) <= 9) & (octet >= kLow[f]) & (octet <= kHigh[f]);  // the high digit: by kHigh
-    }
+    const uint8_t* o = octets.data();
+    const bool fits = bcdWithin(o[0], 0x00, 0x99) & bcdWithin(o[1], 0x01, 0x12) & bcdWithin(o[2], 0x01, 0x31) &
+                      bcdWithin(o[3], 0x00, 0x23) & bcdWithin(o[4], 0x00, 0x59) & bcdWithin(o[5], 0x00, 0x59) &
+                      bcdWithin(o[7], 0x00, 0x14) & bcdWithin(o[8], 0x00, 0x59);
     if (!fits) return nullptr;
     constexpr char kShape[] = "20..-..-.. ..:..:.. ...:..";
     std::memcpy(out, kShape, sizeof kShape - 1);
-    for (int f = 0; f < 8; ++f) std::memcpy(out + kAt[f], &kNibbleChars[2 * octets[kOctet[f]]], 2);
-    out[20] = static_cast<char>(octets[6]);
+    putBcdPair(out + 2, o[0]);
+    putBcdPair(out + 5, o[1]);
+    putBcdPair(out + 8, o[2]);
+    putBcdPair(out + 11, o[3]);
+    putBcdPair(out + 14, o[4]);
+    putBcdPair(out + 17, o[5]);
+    out[20] = static_cast<char>(o[6]);
+    putBcdPair(out + 21, o[7]);
+    putBcdPair(out + 24, o[8]);
     return out + sizeof kShape - 1;
 }
 

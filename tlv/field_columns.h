@@ -100,25 +100,28 @@ struct FieldOnLine {
     bool value = false;
     size_t room = 0;  // what the line needs for them
 };
-// `held`: the element's length is definite and the data holds its contents.
-inline FieldOnLine syntaxFieldOnTheLine(const RunContext* context, const Element& element, int level,
-                                        const UniversalTag* row, bool held)
+// The element is the one the walk entered last; `held`: its length is
+// definite and the data holds its contents.
+inline FieldOnLine syntaxFieldOnTheLine(const RunContext* context, const Element& element, const UniversalTag* row,
+                                        bool held)
 {
-    const TagNode* node = context->tagWalk->node(level);
+    const TagNode* node = context->tagWalk->entered();
     if (node == nullptr || row != nullptr || !held || digsIn(context->extensions)) return {};
-    if (element.constructed) return {node, false, node->field.size()};  // nothingToShow
+    // The name (and ": ") goes on the line in one move of kFieldReach.
+    const size_t nameRoom = node->field.size() + TagMap::kFieldReach;
+    if (element.constructed) return {node, false, nameRoom};  // nothingToShow
     // formInPlace, with a value short enough for the line's own room.
     const size_t room = fieldValueRoom(element);
     if (node->form == ValueForm::None || element.length == 0 || room > OutputLine::kMadeMost) return {};
-    return {node, true, node->field.size() + 2 + room};
+    return {node, true, nameRoom + room};
 }
 inline void putSyntaxFieldOnTheLine(OutputLine& line, const RunContext* context, const FieldOnLine& field,
                                     const Element& element, int column)
 {
     const std::string_view name = field.node->field;
-    if (!name.empty()) column += line.text(name.data(), name.size());
+    // The map keeps ": " behind every name.
+    if (!name.empty()) column += line.textOf32(name.data(), name.size() + (field.value ? 2 : 0));
     if (!field.value) return;
-    if (!name.empty()) column += line.text(": ", 2);
     const Octets octets(element.start() + element.header, static_cast<size_t>(element.length));
     line.made([&](char* out) {
         return putFieldValue(out, context, context->tagWalk->map(), *field.node, octets, column);

@@ -130,7 +130,7 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     const bool octetsInLine = octetsOnTheLine(context, element, name.row);
     // So do a tag map's field name and a short value in the map's form.
     const FieldOnLine field =
-        context->tagWalk != nullptr ? syntaxFieldOnTheLine(context, element, depth, name.row, !bad && length >= 0) : FieldOnLine();
+        context->tagWalk != nullptr ? syntaxFieldOnTheLine(context, element, name.row, !bad && length >= 0) : FieldOnLine();
     int column = 0;
     {
         const size_t nameLength = name.text != nullptr ? static_cast<size_t>(name.length) : 7;
