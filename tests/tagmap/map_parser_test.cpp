@@ -149,6 +149,48 @@ TEST(TagMapParser, EnumeratedNamesComeInlineOrFromAValueList)
     EXPECT_EQ(at(map, {{C, 79}, {C, 0}})->field, "");  // `-`: no name
 }
 
+// Names are looked up by index where the values run from 0 without a gap,
+// and searched for where they don't: each shape gives what a search gives.
+TEST(TagMapParser, EnumeratedNamesAreFoundWhateverTheValuesLookLike)
+{
+    const TagMap map = parsed(
+        "[1]  dense    enumerated 2=two 0=zero 1=one\n"
+        "[2]  fromOne  enumerated 1=one 2=two 3=three\n"
+        "[3]  gapped   enumerated 0=zero 1=one 5=five\n"
+        "[4]  negative enumerated -2=minusTwo -1=minusOne 0=zero\n");
+    const struct {
+        uint32_t tag;
+        int64_t value;
+        const char* name;
+    } rows[] = {
+        {1, 0, "zero"},  {1, 2, "two"},       {1, 3, ""},          {1, -1, ""},    {2, 1, "one"},
+        {2, 3, "three"}, {2, 0, ""},          {3, 1, "one"},       {3, 2, ""},     {3, 5, "five"},
+        {4, 0, "zero"},  {4, -2, "minusTwo"}, {4, 1, ""},          {4, 2, ""},     {1, INT64_MIN, ""},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(map.valueName(*at(map, {{C, row.tag}}), row.value), row.name) << row.tag << " " << row.value;
+    }
+}
+
+// Every field name stands with ": " behind it in the map's memory, and can
+// be read in one move of kFieldReach octets (the syntax layout copies it so).
+TEST(TagMapParser, FieldNamesAreFollowedByTheirSeparator)
+{
+    const TagMap map = parsed(
+        "[1]  a  integer\n"
+        "[2]  aFieldNameOfFortyCharactersInTheMapFile integer\n"
+        "[3]  -  integer\n");
+    for (uint32_t tag : {1u, 2u}) {
+        const std::string_view field = at(map, {{C, tag}})->field;
+        ASSERT_FALSE(field.empty());
+        EXPECT_EQ(std::string_view(field.data() + field.size(), 2), ": ");
+        // The octets up to kFieldReach are the map's own (a sanitizer run sees a read past them).
+        volatile char last = field.data()[field.size() + TagMap::kFieldReach - 1];
+        (void)last;
+    }
+    EXPECT_TRUE(at(map, {{C, 3}})->field.empty());
+}
+
 TEST(TagMapParser, AMalformedLineIsReportedWithItsFileAndLine)
 {
     const struct {
