@@ -21,7 +21,7 @@ FieldValue fieldValue(const TagMap& map, const TagNode* node, bool constructed, 
         answer.shown = FieldValue::Shown::Form;
     } else {
         // The bound leaves room for the hexadecimal of any contents.
-        hexText(contents, out);
+        formText(ValueForm::Hex, contents, out);
         answer.shown = FieldValue::Shown::Hex;
         answer.formName = valueFormName(node->form);
     }

@@ -257,11 +257,12 @@ char* putPlmnId(Octets octets, char* out)
     return out;
 }
 
-[[gnu::always_inline]] inline char* putEnumerated(Octets octets, const TagMap& map, const TagNode& node, char* out)
+// Without a map (or names for the value): the number.
+[[gnu::always_inline]] inline char* putEnumerated(Octets octets, const TagMap* map, const TagNode* node, char* out)
 {
     int64_t value;
     if (!twosComplement(octets, value)) return nullptr;
-    const std::string_view name = map.valueName(node, value);
+    const std::string_view name = map != nullptr ? map->valueName(*node, value) : std::string_view();
     return name.empty() ? putSignedDecimal(out, value) : put(out, name);
 }
 
@@ -287,16 +288,10 @@ bool intoValueText(Octets octets, ValueText& out, Write write)
     return true;
 }
 
-}  // namespace
-
-char* putHexText(Octets octets, char* out)
+[[gnu::always_inline]] inline char* putForm(ValueForm form, const TagMap* map, const TagNode* node, Octets octets,
+                                             char* out)
 {
-    return putHex(octets, out);
-}
-
-char* putFormText(const TagMap& map, const TagNode& node, Octets octets, char* out)
-{
-    switch (node.form) {
+    switch (form) {
         case ValueForm::Hex: return putHex(octets, out);
         case ValueForm::Integer: return putInteger(octets, out);
         case ValueForm::Enumerated: return putEnumerated(octets, map, node, out);
@@ -312,54 +307,21 @@ char* putFormText(const TagMap& map, const TagNode& node, Octets octets, char* o
     return nullptr;
 }
 
-bool hexText(Octets octets, ValueText& out)
+}  // namespace
+
+char* putHexText(Octets octets, char* out)
 {
-    return intoValueText(octets, out, [octets](char* at) { return putHex(octets, at); });
+    return putHex(octets, out);
 }
 
-bool integerText(Octets octets, ValueText& out)
+char* putFormText(const TagMap& map, const TagNode& node, Octets octets, char* out)
 {
-    return intoValueText(octets, out, [octets](char* at) { return putInteger(octets, at); });
+    return putForm(node.form, &map, &node, octets, out);
 }
 
-bool textText(Octets octets, ValueText& out)
+bool formText(ValueForm form, Octets octets, ValueText& out)
 {
-    return intoValueText(octets, out, [octets](char* at) { return putText(octets, at); });
-}
-
-bool tbcdText(Octets octets, ValueText& out)
-{
-    return intoValueText(octets, out, [octets](char* at) { return putTbcdDigits(octets, at); });
-}
-
-bool isdnText(Octets octets, ValueText& out)
-{
-    return intoValueText(octets, out, [octets](char* at) { return putIsdn(octets, at); });
-}
-
-bool bcdTimestampText(Octets octets, ValueText& out)
-{
-    return intoValueText(octets, out, [octets](char* at) { return putBcdTimestamp(octets, at); });
-}
-
-bool ipv4Text(Octets octets, ValueText& out)
-{
-    return intoValueText(octets, out, [octets](char* at) { return putIpv4(octets, at); });
-}
-
-bool ipv6Text(Octets octets, ValueText& out)
-{
-    return intoValueText(octets, out, [octets](char* at) { return putIpv6(octets, at); });
-}
-
-bool plmnIdText(Octets octets, ValueText& out)
-{
-    return intoValueText(octets, out, [octets](char* at) { return putPlmnId(octets, at); });
-}
-
-bool enumeratedText(Octets octets, const TagMap& map, const TagNode& node, ValueText& out)
-{
-    return intoValueText(octets, out, [&](char* at) { return putEnumerated(octets, map, node, at); });
+    return intoValueText(octets, out, [&](char* at) { return putForm(form, nullptr, nullptr, octets, at); });
 }
 
 bool valueText(const TagMap& map, const TagNode& node, Octets octets, ValueText& out)

@@ -25,16 +25,9 @@ struct ValueText {
     size_t length;
 };
 
-bool hexText(Octets octets, ValueText& out);
-bool integerText(Octets octets, ValueText& out);
-bool textText(Octets octets, ValueText& out);
-bool tbcdText(Octets octets, ValueText& out);
-bool isdnText(Octets octets, ValueText& out);
-bool bcdTimestampText(Octets octets, ValueText& out);
-bool ipv4Text(Octets octets, ValueText& out);
-bool ipv6Text(Octets octets, ValueText& out);
-bool plmnIdText(Octets octets, ValueText& out);
-bool enumeratedText(Octets octets, const TagMap& map, const TagNode& node, ValueText& out);
+// A form applied to the octets, without a map: an enumerated value is its
+// number. False also for ValueForm::None.
+bool formText(ValueForm form, Octets octets, ValueText& out);
 
 // The node's form applied to the octets; false also for ValueForm::None.
 bool valueText(const TagMap& map, const TagNode& node, Octets octets, ValueText& out);

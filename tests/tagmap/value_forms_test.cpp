@@ -9,7 +9,6 @@
 
 namespace {
 
-using FormFunction = bool (*)(Octets, ValueText&);
 
 struct Row {
     std::vector<uint8_t> octets;
@@ -17,15 +16,15 @@ struct Row {
 };
 
 // The text a form writes, or "<no fit>".
-std::string shown(FormFunction form, const std::vector<uint8_t>& octets, size_t capacity = 256)
+std::string shown(ValueForm form, const std::vector<uint8_t>& octets, size_t capacity = 256)
 {
     std::string buffer(capacity, '?');
     ValueText out{buffer.data(), capacity, 0};
-    if (!form(Octets(octets.data(), octets.size()), out)) return "<no fit>";
+    if (!formText(form, Octets(octets.data(), octets.size()), out)) return "<no fit>";
     return buffer.substr(0, out.length);
 }
 
-void expectRows(FormFunction form, const std::vector<Row>& rows)
+void expectRows(ValueForm form, const std::vector<Row>& rows)
 {
     for (const Row& row : rows) {
         SCOPED_TRACE(::testing::PrintToString(row.octets));
@@ -35,7 +34,7 @@ void expectRows(FormFunction form, const std::vector<Row>& rows)
 
 TEST(ValueForms, TbcdReadsTheLowNibbleFirstAndDropsTheFiller)
 {
-    expectRows(tbcdText, {
+    expectRows(ValueForm::Tbcd, {
         {{0x62, 0x02, 0x11, 0x32, 0x54, 0x76, 0x98, 0xF0}, "262011234567890"},  // IMSI, odd count
         {{0x53, 0x96, 0x83, 0x30, 0x65, 0x34, 0x08, 0x19}, "3569380356438091"}, // IMEISV, even count
         {{0xF7}, "7"},
@@ -49,7 +48,7 @@ TEST(ValueForms, TbcdReadsTheLowNibbleFirstAndDropsTheFiller)
 
 TEST(ValueForms, IsdnWritesInternationalE164WithAPlusAndNamesTheRest)
 {
-    expectRows(isdnText, {
+    expectRows(ValueForm::Isdn, {
         {{0x91, 0x94, 0x71, 0x11, 0x32, 0x54, 0x76}, "+491711234567"},
         {{0x91, 0x94, 0x71, 0x11, 0x32, 0x54, 0x76, 0xF8}, "+4917112345678"},
         {{0xA1, 0x10, 0x32, 0x54}, "012345 (national number, E.164)"},
@@ -66,7 +65,7 @@ TEST(ValueForms, IsdnWritesInternationalE164WithAPlusAndNamesTheRest)
 
 TEST(ValueForms, BcdTimestampShowsLocalTimeAndItsOffset)
 {
-    expectRows(bcdTimestampText, {
+    expectRows(ValueForm::BcdTimestamp, {
         {{0x23, 0x06, 0x23, 0x14, 0x05, 0x30, 0x2B, 0x02, 0x00}, "2023-06-23 14:05:30 +02:00"},
         {{0x99, 0x12, 0x31, 0x23, 0x59, 0x59, 0x2D, 0x05, 0x30}, "2099-12-31 23:59:59 -05:30"},
         {{0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x2D, 0x14, 0x00}, "2000-01-01 00:00:00 -14:00"},
@@ -88,7 +87,7 @@ TEST(ValueForms, BcdTimestampShowsLocalTimeAndItsOffset)
 
 TEST(ValueForms, PlmnIdTakesTwoAndThreeDigitNetworkCodes)
 {
-    expectRows(plmnIdText, {
+    expectRows(ValueForm::PlmnId, {
         {{0x62, 0xF2, 0x10}, "MCC 262 MNC 01"},
         {{0x13, 0x00, 0x14}, "MCC 310 MNC 410"},
         {{0x32, 0x54, 0x76}, "MCC 234 MNC 675"},
@@ -101,7 +100,7 @@ TEST(ValueForms, PlmnIdTakesTwoAndThreeDigitNetworkCodes)
 
 TEST(ValueForms, Ipv6FollowsRfc5952)
 {
-    expectRows(ipv6Text, {
+    expectRows(ValueForm::Ipv6, {
         {{0x20, 0x01, 0x0D, 0xB8, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1}, "2001:db8::1:0:0:1"},  // leftmost on a tie
         {{0x20, 0x01, 0x0D, 0xB8, 0, 0, 0, 1, 0, 1, 0, 1, 0, 1, 0, 1}, "2001:db8:0:1:1:1:1:1"},  // one zero group
         {{0x20, 0x01, 0x0D, 0xB8, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0}, "2001:db8:0:0:1::"},  // the longer run
@@ -118,7 +117,7 @@ TEST(ValueForms, Ipv6FollowsRfc5952)
 
 TEST(ValueForms, Ipv4NeedsFourOctets)
 {
-    expectRows(ipv4Text, {
+    expectRows(ValueForm::Ipv4, {
         {{10, 1, 2, 3}, "10.1.2.3"},
         {{0, 255, 128, 9}, "0.255.128.9"},
         {{10, 1, 2}, nullptr},
@@ -128,7 +127,7 @@ TEST(ValueForms, Ipv4NeedsFourOctets)
 
 TEST(ValueForms, IntegerIsTwosComplementUpToEightOctets)
 {
-    expectRows(integerText, {
+    expectRows(ValueForm::Integer, {
         {{0x00}, "0"},
         {{0xFF}, "-1"},
         {{0x80}, "-128"},
@@ -143,20 +142,23 @@ TEST(ValueForms, IntegerIsTwosComplementUpToEightOctets)
 
 TEST(ValueForms, TextEscapesAsTheStringListingDoes)
 {
-    expectRows(textText, {
+    expectRows(ValueForm::Text, {
         {{'i', 'n', 't', 'e', 'r', 'n', 'e', 't'}, "internet"},
         {{'a', '\\', 'b'}, "a\\\\b"},
         {{'a', 0x0A, 0xE9, 0x7F}, "a\\x0a\\xe9\\x7f"},
         {{}, ""},
     });
-    expectRows(hexText, {{{0x0A, 0x1B, 0xFF}, "0A1BFF"}, {{}, ""}});
+    expectRows(ValueForm::Hex, {{{0x0A, 0x1B, 0xFF}, "0A1BFF"}, {{}, ""}});
+    // Without a map an enumerated value is its number; no form, no text.
+    expectRows(ValueForm::Enumerated, {{{0xFF}, "-1"}, {{0x01, 0x00}, "256"}, {{}, nullptr}});
+    expectRows(ValueForm::None, {{{0x01}, nullptr}});
 }
 
 TEST(ValueForms, ATextLongerThanTheBufferDoesNotFit)
 {
-    EXPECT_EQ(shown(ipv4Text, {192, 168, 100, 200}, 14), "<no fit>");
-    EXPECT_EQ(shown(ipv4Text, {192, 168, 100, 200}, 15), "192.168.100.200");
-    EXPECT_EQ(shown(tbcdText, {0x21, 0x43}, 3), "<no fit>");
+    EXPECT_EQ(shown(ValueForm::Ipv4, {192, 168, 100, 200}, 14), "<no fit>");
+    EXPECT_EQ(shown(ValueForm::Ipv4, {192, 168, 100, 200}, 15), "192.168.100.200");
+    EXPECT_EQ(shown(ValueForm::Tbcd, {0x21, 0x43}, 3), "<no fit>");
 }
 
 TEST(ValueForms, EnumeratedTakesTheMapsNamesAndShowsOtherValuesAsNumbers)
