@@ -129,13 +129,16 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
     // from the input.
     const bool octetsInLine = octetsOnTheLine(context, element, name.row);
     // So do a tag map's field name and a short value in the map's form.
-    const FieldOnLine field =
-        context->tagWalk != nullptr ? syntaxFieldOnTheLine(context, element, name.row, !bad && length >= 0) : FieldOnLine();
+    size_t contentsRoom = octetsInLine ? octetsRoom(element) : 0;
+    FieldOnLine field;
+    if (context->tagWalk != nullptr) [[unlikely]] {
+        field = syntaxFieldOnTheLine(context, element, name.row, !bad && length >= 0);
+        contentsRoom = field.room;
+    }
     int column = 0;
     {
         const size_t nameLength = name.text != nullptr ? static_cast<size_t>(name.length) : 7;
-        const size_t octetsLength = octetsInLine ? octetsRoom(element) : field.room;
-        OutputLine line(context, 3 * static_cast<size_t>(indentWidth) + 2 * nameLength + 80 + octetsLength);
+        OutputLine line(context, 3 * static_cast<size_t>(indentWidth) + 2 * nameLength + 80 + contentsRoom);
         if (lineEnd) line.character('\n');
         column = line.blanks(indentWidth);
         const int width = printTypeName(line, name, element.tagClass == CLASS_APPLICATION, indentWidth);
@@ -154,7 +157,7 @@ int printSyntaxElement(RunContext* context, const Element& element, int depth, b
             putOctetsAsTheyAre(line, context, element, name.row, "", column);
             return 0;
         }
-        if (field.node != nullptr) {
+        if (field.node != nullptr) [[unlikely]] {
             putSyntaxFieldOnTheLine(line, context, field, element, column);
             return 0;
         }
