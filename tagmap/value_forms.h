@@ -1,8 +1,9 @@
 // The value forms of a tag map: each writes the text of an element's
-// contents into the caller's buffer, without a heap block, and returns false
-// when the octets do not fit the form (a bad digit, a wrong length) or the
-// text does not fit the buffer; the caller then shows the octets in
-// hexadecimal with a note.
+// contents into the caller's buffer (without a heap block when the buffer
+// has valueTextBound's room, as the layouts' buffers have), and fails when
+// the octets do not fit the form (a bad digit, a wrong length) or the text
+// does not fit the buffer; the caller then shows the octets in hexadecimal
+// with a note.
 #pragma once
 
 #include <cstddef>

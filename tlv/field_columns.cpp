@@ -80,23 +80,12 @@ char* putHexWithNote(char* at, const RunContext* context, const TagNode& node, O
     const size_t length = static_cast<size_t>(putHexText(octets, at) - at);
     char note[kNoteRoom];
     const size_t noteSize = formNote(valueFormName(node.form), note, sizeof note);
-    bool cut = false;
-    const size_t shown = keptOfValue(context, length + noteSize, false, column, cut);
-    if (!cut) {
-        std::memcpy(at + length, note, noteSize);
-        return at + length + noteSize;
-    }
-    if (shown >= noteSize) {
-        at += shown - noteSize;
-        std::memcpy(at, "...", 3);
-        std::memcpy(at + 3, note, noteSize);
-        return at + 3 + noteSize;
-    }
-    // The text and the note as one, cut where the line ends.
-    if (shown > length) std::memcpy(at + length, note, shown - length);
-    at += shown;
-    std::memcpy(at, "...", 3);
-    return at + 3;
+    const NotedCut kept = notedCut(context, length, noteSize, column);
+    at += kept.text;
+    if (kept.noteWhole) at = static_cast<char*>(std::memcpy(at, "...", 3)) + 3;
+    at = static_cast<char*>(std::memcpy(at, note, kept.note)) + kept.note;
+    if (kept.cut && !kept.noteWhole) at = static_cast<char*>(std::memcpy(at, "...", 3)) + 3;
+    return at;
 }
 
 namespace {
@@ -108,20 +97,12 @@ void printFieldText(RunContext* context, const FieldValue& value, int column)
 {
     char note[kNoteRoom];
     const size_t noteSize = value.shown == FieldValue::Shown::Hex ? formNote(value.formName, note, sizeof note) : 0;
-    const size_t size = value.text.size() + noteSize;
-    bool cut = false;
-    const size_t shown = keptOfValue(context, size, false, column, cut);
-    OutputLine line(context, size + 3);
-    if (cut && noteSize > 0 && shown >= noteSize) {
-        line.text(value.text.data(), shown - noteSize);
-        line.text("...", 3);
-        line.text(note, noteSize);
-        return;
-    }
-    const size_t fromText = std::min(shown, value.text.size());
-    line.text(value.text.data(), fromText);
-    line.text(note, std::min(shown - fromText, noteSize));  // what is shown beyond the text is note
-    if (cut) line.text("...", 3);
+    const NotedCut kept = notedCut(context, value.text.size(), noteSize, column);
+    OutputLine line(context, value.text.size() + noteSize + 3);
+    line.text(value.text.data(), kept.text);
+    if (kept.noteWhole) line.text("...", 3);
+    line.text(note, std::min(kept.note, noteSize));  // the compiler sees the note's bound
+    if (kept.cut && !kept.noteWhole) line.text("...", 3);
 }
 
 // The contents as both layouts show them behind `separator`; the field's
@@ -182,8 +163,7 @@ bool formApplies(const TagNode& node)
     if (begin == nullptr) return false;
     std::memcpy(begin, kSeparatorText, sizeof kSeparatorText);  // `separator` is its beginning
     column += static_cast<int>(separator.size());
-    const Octets octets(element.start() + element.header, static_cast<size_t>(element.length));
-    qorGiveBack(context, putFieldValue(begin + separator.size(), context, map, node, octets, column));
+    qorGiveBack(context, putFieldValue(begin + separator.size(), context, map, node, heldOctets(element), column));
     return true;
 }
 

@@ -72,6 +72,32 @@ inline size_t fieldValueRoom(const Element& element)
 {
     return valueTextBound(static_cast<size_t>(element.length)) + kNoteRoom + 3;
 }
+// How a value of `textSize` characters with a note of `noteSize` behind it
+// is cut where the line ends, as the layouts cut their own values: the
+// characters kept of the text and of the note, and where "..." goes. A cut
+// keeps the note whole behind the "..." when the line has room for it,
+// else the text and the note are cut as one, the "..." last.
+struct NotedCut {
+    size_t text;
+    size_t note;
+    bool cut;        // "..." is written
+    bool noteWhole;  // ... in front of the note, which is kept whole
+};
+inline NotedCut notedCut(const RunContext* context, size_t textSize, size_t noteSize, int column)
+{
+    bool cut = false;
+    const size_t shown = keptOfValue(context, textSize + noteSize, false, column, cut);
+    if (!cut) return {textSize, noteSize, false, false};
+    if (noteSize > 0 && shown >= noteSize) return {shown - noteSize, noteSize, true, true};
+    const size_t text = shown < textSize ? shown : textSize;
+    return {text, shown - text, true, false};
+}
+// A primitive element's contents, for an element whose length is definite
+// and held by the data.
+inline Octets heldOctets(const Element& element)
+{
+    return Octets(element.start() + element.header, static_cast<size_t>(element.length));
+}
 // The octets of a value that doesn't fit its form at `at`, in hexadecimal
 // with " (not FORM)" behind them; see putFieldValue.
 char* putHexWithNote(char* at, const RunContext* context, const TagNode& node, Octets octets, int column);
@@ -84,11 +110,10 @@ inline char* putFieldValue(char* at, const RunContext* context, const TagMap& ma
 {
     char* const end = putFormText(map, node, octets, at);
     if (end == nullptr) return putHexWithNote(at, context, node, octets, column);
-    bool cut = false;
-    const size_t shown = keptOfValue(context, static_cast<size_t>(end - at), false, column, cut);
-    if (!cut) return end;
-    std::memcpy(at + shown, "...", 3);
-    return at + shown + 3;
+    const NotedCut kept = notedCut(context, static_cast<size_t>(end - at), 0, column);
+    if (!kept.cut) return end;
+    std::memcpy(at + kept.text, "...", 3);
+    return at + kept.text + 3;
 }
 
 // What the syntax layout writes of a mapped element on the element's own
@@ -122,8 +147,7 @@ inline void putSyntaxFieldOnTheLine(OutputLine& line, const RunContext* context,
     // The map keeps ": " behind every name.
     if (!name.empty()) column += line.textOf32(name.data(), name.size() + (field.value ? 2 : 0));
     if (!field.value) return;
-    const Octets octets(element.start() + element.header, static_cast<size_t>(element.length));
     line.made([&](char* out) {
-        return putFieldValue(out, context, context->tagWalk->map(), *field.node, octets, column);
+        return putFieldValue(out, context, context->tagWalk->map(), *field.node, heldOctets(element), column);
     });
 }
